@@ -1,0 +1,204 @@
+// The six exported functions, start-up and shut-down, image loading and the message sink.
+#include "core/host.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "core/memory.h"
+#include "core/sound.h"
+#include "core/video.h"
+
+char log_text[LOG_TEXT_SIZE];
+vemo_config core_config;
+vemo_joypad joypad_slots[2];
+char eeprom_file_path[PATH_SIZE];
+vemo_frame_info core_frame_info;
+
+void log_printf(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(log_text, sizeof log_text, format, args);
+    va_end(args);
+}
+
+void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width) {
+    if (row < 0 || row >= static_cast<int>(FRAME_ROWS)) return;
+    core_frame_info.row_timing[2 * row] = active_width;
+    core_frame_info.row_timing[2 * row + 1] = pixel_divisor;
+}
+
+load_result load_file(const char* path, uint8_t* destination, uint32_t capacity, long* file_size) {
+    FILE* file = std::fopen(path, "rb");
+    if (!file) return LOAD_FAILED;
+    long length = -1;
+    if (std::fseek(file, 0, SEEK_END) == 0) length = std::ftell(file);
+    if (length < 0 || std::fseek(file, 0, SEEK_SET) != 0) {
+        std::fclose(file);
+        return LOAD_FAILED;
+    }
+    if (file_size) *file_size = length;
+    size_t wanted = static_cast<unsigned long>(length) > capacity ? capacity : static_cast<size_t>(length);
+    size_t got = std::fread(destination, 1, wanted, file);
+    bool failed = std::ferror(file) || got != wanted;
+    std::fclose(file);
+    if (failed) return LOAD_FAILED;
+    return static_cast<unsigned long>(length) > capacity ? LOAD_TOO_LARGE : LOAD_OK;
+}
+
+namespace {
+
+// A path field must end within its 1024 bytes; copying an unterminated one would read past it.
+bool path_is_terminated(const char* field, const char* name) {
+    if (std::memchr(field, 0, PATH_SIZE)) return true;
+    log_printf("The %s in the configuration has no terminating zero within its %u bytes.\n", name,
+               PATH_SIZE);
+    return false;
+}
+
+void write_reset_vectors(uint32_t stack, uint32_t start) {
+    ws_write32(main_ram, 0, stack);
+    ws_write32(main_ram, 4, start);
+}
+
+bool load_cartridge(const char* path) {
+    long size = 0;
+    switch (load_file(path, cart_rom, CART_ROM_SIZE, &size)) {
+        case LOAD_FAILED:
+            log_printf("Couldn't load rom file %s.\n", path);
+            return false;
+        case LOAD_TOO_LARGE:
+            log_printf("Cartridge image %s is %ld bytes, more than the %u bytes of cartridge space.\n",
+                       path, size, CART_ROM_SIZE);
+            return false;
+        case LOAD_OK:
+            break;
+    }
+    swap_bytes(cart_rom, CART_ROM_SIZE);
+    return true;
+}
+
+bool load_program_image(const char* path, uint32_t load_address) {
+    if (load_address >= MAIN_RAM_SIZE) {
+        log_printf("Load address %08X of %s lies outside the %u bytes of RAM.\n", load_address, path,
+                   MAIN_RAM_SIZE);
+        return false;
+    }
+    uint32_t room = MAIN_RAM_SIZE - load_address;
+    long size = 0;
+    switch (load_file(path, main_ram + load_address, room, &size)) {
+        case LOAD_FAILED:
+            log_printf("Couldn't load bin file %s.\n", path);
+            return false;
+        case LOAD_TOO_LARGE:
+            log_printf("Program image %s is %ld bytes, more than the %u bytes of RAM from its load "
+                       "address %08X.\n",
+                       path, size, room, load_address);
+            return false;
+        case LOAD_OK:
+            break;
+    }
+    swap_bytes(main_ram, MAIN_RAM_SIZE);
+    return true;
+}
+
+bool load_boot_rom(const char* path) {
+    long size = 0;
+    switch (load_file(path, boot_rom, BOOT_ROM_SIZE, &size)) {
+        case LOAD_FAILED:
+            log_printf("Couldn't load boot rom file %s\n", path);
+            return false;
+        case LOAD_TOO_LARGE:
+            log_printf("Boot ROM image %s is %ld bytes, more than the %u bytes of boot ROM space.\n",
+                       path, size, BOOT_ROM_SIZE);
+            return false;
+        case LOAD_OK:
+            break;
+    }
+    swap_bytes(boot_rom, BOOT_ROM_SIZE);
+    return true;
+}
+
+}  // namespace
+
+extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
+    if (!config) {
+        log_printf("vemo_init was given no configuration.\n");
+        return 0;
+    }
+    std::memcpy(&core_config, config, sizeof core_config);
+
+    if (!memory_allocate()) {
+        log_printf("Couldn't allocate the machine's memory.\n");
+        return 0;
+    }
+
+    std::memset(eeprom_image, 0x00, EEPROM_SIZE);
+    std::memset(main_ram, 0xFF, MAIN_RAM_SIZE);
+    std::memset(cart_rom, 0xFF, CART_ROM_SIZE);
+
+    if (!path_is_terminated(core_config.rom_path, "rom_path") ||
+        !path_is_terminated(core_config.eeprom_path, "eeprom_path") ||
+        (core_config.use_boot_rom && !path_is_terminated(core_config.boot_rom_path, "boot_rom_path")))
+        return 0;
+
+    char working_path[PATH_SIZE];
+    std::memcpy(working_path, core_config.rom_path, PATH_SIZE);
+
+    const bool program_mode = core_config.load_program != 0;
+    const uint32_t load_address = static_cast<uint32_t>(core_config.load_address);
+    if (program_mode) {
+        if (!load_program_image(working_path, load_address)) return 0;
+    } else {
+        if (!load_cartridge(working_path)) return 0;
+        load_file(core_config.eeprom_path, reinterpret_cast<uint8_t*>(eeprom_image), EEPROM_SIZE);
+    }
+    std::memcpy(eeprom_file_path, core_config.eeprom_path, PATH_SIZE);
+
+    if (core_config.use_boot_rom) {
+        std::memcpy(working_path, core_config.boot_rom_path, PATH_SIZE);
+        if (!load_boot_rom(working_path)) return 0;
+    }
+
+    // The 68000 takes its stack pointer and start address from RAM offsets 0 and 4. In program
+    // mode the stack starts at the very top of RAM (an odd value, kept as the machine has it).
+    if (program_mode)
+        write_reset_vectors(0x001FFFFF, load_address);
+    else if (core_config.use_boot_rom)
+        write_reset_vectors(0x001FFFFC, 0x00E00008);
+    else
+        write_reset_vectors(0x001FFFFC, 0x00802000);
+
+    video_reset();
+    return 1;
+}
+
+extern "C" VEMO_API void vemo_shutdown(void) { memory_release(); }
+
+extern "C" VEMO_API void vemo_set_joypad_state(int32_t slot, const vemo_joypad* state) {
+    // Only two controller slots exist; anything else is ignored.
+    if (slot < 0 || slot > 1 || !state) return;
+    joypad_slots[slot] = *state;
+}
+
+extern "C" VEMO_API void vemo_get_frame_info(vemo_frame_info* info) {
+    vemo_frame_info& f = core_frame_info;
+    int32_t d = 200 - static_cast<int32_t>(video.hdb1);
+    f.x_offset = (video.vmode & 6) == 2 ? d / 2 : d / 4;
+    if (f.x_offset < 0) f.x_offset = 0;
+    f.frame_buffer = frame_buffer;
+    f.frame_pitch = FRAME_PITCH;
+    f.m68k_pc = 0;
+    f.gpu_pc = 0;
+    f.dsp_pc = 0;
+    f.color_mode = (video.vmode >> 1) & 3;
+    f.var_mode = (video.vmode >> 8) & 1;
+    f.audio_left = audio_left;
+    f.audio_right = audio_right;
+    f.audio_left_count = sound.audio_left_count;
+    f.audio_right_count = sound.audio_right_count;
+    f.audio_rate = sound.audio_rate;
+    if (info) *info = f;
+}
+
+extern "C" VEMO_API const char* vemo_get_error_string(void) { return log_text; }

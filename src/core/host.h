@@ -1,0 +1,35 @@
+// The host interface's internal side: the message sink, the core's copy of the configuration,
+// the controller slots and the row-timing record.
+//
+// Offers: log_printf/log_text (every message of the core goes through log_printf; each message
+// replaces the previous one), core_config, joypad_slots, eeprom_file_path, set_row_timing,
+// load_file. The six exported functions are declared in vemocore.h.
+// Needs: memory.h for the buffers vemo_init allocates.
+#pragma once
+
+#include <cstdint>
+
+#include "vemocore.h"
+
+constexpr uint32_t LOG_TEXT_SIZE = 4096;
+constexpr uint32_t PATH_SIZE = 1024;
+
+extern char log_text[LOG_TEXT_SIZE];
+extern vemo_config core_config;
+extern vemo_joypad joypad_slots[2];
+extern char eeprom_file_path[PATH_SIZE];
+
+void log_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Stores a frame-buffer row's timing pair into the frame-information record (row 0 to 255).
+void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width);
+
+// Reads a whole file into destination, which holds capacity bytes. Logs nothing: callers
+// report failures in their own words.
+enum load_result { LOAD_FAILED = 0, LOAD_OK = 1, LOAD_TOO_LARGE = 2 };
+// LOAD_TOO_LARGE: the file is longer than capacity; its first capacity bytes were read and
+// *file_size (when given) holds its full length.
+load_result load_file(const char* path, uint8_t* destination, uint32_t capacity, long* file_size = nullptr);
+
+// The core's frame-information record (row_timing is written by set_row_timing).
+extern vemo_frame_info core_frame_info;
