@@ -8,6 +8,7 @@
 // register file (sound.h), the CD-ROM stub (cdrom.h), the Object Processor's row pointer.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 uint8_t bus_read8(uint32_t address);
@@ -24,4 +25,4 @@ void bus_write32(uint32_t address, uint32_t value);
 uint8_t* get_mem_pointer(uint32_t address, uint32_t* available = nullptr);
 
 // The wave-table ROM at 0xF1D000: 4096 bytes in the console's big-endian order.
-extern const uint8_t wave_table_rom[4096];
+extern const std::array<uint8_t, 4096> wave_table_rom;

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include <sys/stat.h>
+
 #include "core/memory.h"
 #include "core/sound.h"
 #include "core/video.h"
@@ -31,6 +33,12 @@ void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width) {
 load_result load_file(const char* path, uint8_t* destination, uint32_t capacity, long* file_size) {
     FILE* file = std::fopen(path, "rb");
     if (!file) return LOAD_FAILED;
+    // Only a regular file has a length to read (a directory opens, but holds no image).
+    struct stat info;
+    if (fstat(fileno(file), &info) != 0 || !S_ISREG(info.st_mode)) {
+        std::fclose(file);
+        return LOAD_FAILED;
+    }
     long length = -1;
     if (std::fseek(file, 0, SEEK_END) == 0) length = std::ftell(file);
     if (length < 0 || std::fseek(file, 0, SEEK_SET) != 0) {
