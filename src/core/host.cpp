@@ -69,21 +69,31 @@ void write_reset_vectors(uint32_t stack, uint32_t start) {
     ws_write32(main_ram, 4, start);
 }
 
-bool load_cartridge(const char* path) {
+// Loads an image into the space that holds it, converted to the word-swapped order. An image
+// that cannot be read is reported with the machine's own message; one larger than its space is
+// refused with a message naming the file and both sizes.
+bool load_image(const char* path, uint8_t* destination, uint32_t capacity, uint8_t* swap_start,
+                uint32_t swap_length, const char* unreadable_message, const char* image_name,
+                const char* space_name) {
     long size = 0;
-    switch (load_file(path, cart_rom, CART_ROM_SIZE, &size)) {
+    switch (load_file(path, destination, capacity, &size)) {
         case LOAD_FAILED:
-            log_printf("Couldn't load rom file %s.\n", path);
+            log_printf(unreadable_message, path);
             return false;
         case LOAD_TOO_LARGE:
-            log_printf("Cartridge image %s is %ld bytes, more than the %u bytes of cartridge space.\n",
-                       path, size, CART_ROM_SIZE);
+            log_printf("%s %s is %ld bytes, more than the %u bytes of %s.\n", image_name, path, size,
+                       capacity, space_name);
             return false;
         case LOAD_OK:
             break;
     }
-    swap_bytes(cart_rom, CART_ROM_SIZE);
+    swap_bytes(swap_start, static_cast<int32_t>(swap_length));
     return true;
+}
+
+bool load_cartridge(const char* path) {
+    return load_image(path, cart_rom, CART_ROM_SIZE, cart_rom, CART_ROM_SIZE,
+                      "Couldn't load rom file %s.\n", "Cartridge image", "cartridge space");
 }
 
 bool load_program_image(const char* path, uint32_t load_address) {
@@ -92,39 +102,15 @@ bool load_program_image(const char* path, uint32_t load_address) {
                    MAIN_RAM_SIZE);
         return false;
     }
-    uint32_t room = MAIN_RAM_SIZE - load_address;
-    long size = 0;
-    switch (load_file(path, main_ram + load_address, room, &size)) {
-        case LOAD_FAILED:
-            log_printf("Couldn't load bin file %s.\n", path);
-            return false;
-        case LOAD_TOO_LARGE:
-            log_printf("Program image %s is %ld bytes, more than the %u bytes of RAM from its load "
-                       "address %08X.\n",
-                       path, size, room, load_address);
-            return false;
-        case LOAD_OK:
-            break;
-    }
-    swap_bytes(main_ram, MAIN_RAM_SIZE);
-    return true;
+    char space[64];
+    std::snprintf(space, sizeof space, "RAM from its load address %08X", load_address);
+    return load_image(path, main_ram + load_address, MAIN_RAM_SIZE - load_address, main_ram,
+                      MAIN_RAM_SIZE, "Couldn't load bin file %s.\n", "Program image", space);
 }
 
 bool load_boot_rom(const char* path) {
-    long size = 0;
-    switch (load_file(path, boot_rom, BOOT_ROM_SIZE, &size)) {
-        case LOAD_FAILED:
-            log_printf("Couldn't load boot rom file %s\n", path);
-            return false;
-        case LOAD_TOO_LARGE:
-            log_printf("Boot ROM image %s is %ld bytes, more than the %u bytes of boot ROM space.\n",
-                       path, size, BOOT_ROM_SIZE);
-            return false;
-        case LOAD_OK:
-            break;
-    }
-    swap_bytes(boot_rom, BOOT_ROM_SIZE);
-    return true;
+    return load_image(path, boot_rom, BOOT_ROM_SIZE, boot_rom, BOOT_ROM_SIZE,
+                      "Couldn't load boot rom file %s\n", "Boot ROM image", "boot ROM space");
 }
 
 }  // namespace
