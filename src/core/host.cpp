@@ -10,6 +10,8 @@
 #include "core/memory.h"
 #include "core/sound.h"
 #include "core/video.h"
+#include "objproc/colour_tables.h"
+#include "objproc/objproc.h"
 
 char log_text[LOG_TEXT_SIZE];
 vemo_config core_config;
@@ -126,6 +128,7 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         log_printf("Couldn't allocate the machine's memory.\n");
         return 0;
     }
+    build_colour_tables();
 
     std::memset(eeprom_image, 0x00, EEPROM_SIZE);
     std::memset(main_ram, 0xFF, MAIN_RAM_SIZE);
@@ -164,10 +167,14 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         write_reset_vectors(0x001FFFFC, 0x00802000);
 
     video_reset();
+    op_init();
     return 1;
 }
 
-extern "C" VEMO_API void vemo_shutdown(void) { memory_release(); }
+extern "C" VEMO_API void vemo_shutdown(void) {
+    memory_release();
+    op_line_buffer = nullptr;  // it pointed into the frame buffer
+}
 
 extern "C" VEMO_API void vemo_set_joypad_state(int32_t slot, const vemo_joypad* state) {
     // Only two controller slots exist; anything else is ignored.

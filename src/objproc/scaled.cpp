@@ -21,11 +21,11 @@ void draw_scaled(const op_object* o, int line, const char* firstpix_message) {
     if (!src || !op_line_buffer) return;  // no memory holds DATA: get_mem_pointer has logged
     if (o->hscale == 0 || o->vscale == 0) return;
 
-    // The row and the step come from the single-precision scale factors through double
-    // arithmetic, so their rounding is that of the console's own software model (VSCALE 49 at
-    // d = 49 gives row 31, not 32).
+    // The row and the step come from the single-precision factors through double arithmetic,
+    // not exact integer arithmetic: VSCALE 49 at d = 49 gives row 31, not 32.
     const float s_h = op_scale_table[o->hscale];
     const float s_v = op_scale_table[o->vscale];
+    if (!(s_h > 0.0f && s_v > 0.0f)) return;  // table not filled yet: no division by zero
     const int64_t row = static_cast<int64_t>((1.0 / static_cast<double>(s_v)) * d);
     const int64_t step = static_cast<int64_t>((1.0 / static_cast<double>(s_h)) * 65536.0);
     const float inv_h = static_cast<float>(1.0 / static_cast<double>(s_h));
