@@ -21,10 +21,7 @@ struct op_object {
 constexpr int32_t OP_FLAG_REFLECT = 1;
 constexpr int32_t OP_FLAG_RMW = 2;
 constexpr int32_t OP_FLAG_TRANS = 4;
-constexpr int32_t OP_FLAG_RELEASE = 8;
-
-constexpr int OP_DEPTH_1BIT = 0;
-constexpr int OP_DEPTH_32BIT = 5;
+constexpr int32_t OP_FLAG_RELEASE = 8;  // read, used by nothing
 
 // Widest drawn run: a row of FRAME_PITCH cells plus the partial phrase a left-clipped object
 // starts inside, rounded up to whole phrases of the densest depth (64 one-bit pixels).
