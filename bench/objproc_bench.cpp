@@ -24,7 +24,7 @@ void put_phrase(uint32_t address, uint64_t v) {
 
 // A list of one object (type 0 or 1) of `depth`, IWIDTH phrases wide and 240 rows high,
 // followed by a stop object; the bitmap holds a varied pattern.
-void build_machine(int type, int depth, int iwidth, int hscale, int vscale) {
+void build_machine(int type, int depth, int iwidth, int hscale, int vscale, bool looping = false) {
     memory_allocate();
     build_colour_tables();
     op_init();
@@ -40,13 +40,13 @@ void build_machine(int type, int depth, int iwidth, int hscale, int vscale) {
     const uint32_t height = 240, dwidth = iwidth;
     for (uint32_t i = 0; i < height * dwidth * 8; ++i)
         ws_write8(main_ram, DATA + i, static_cast<uint8_t>(i * 7 + (i >> 9)));
-    const uint32_t link = LIST + 0x100;
+    const uint32_t link = looping ? LIST : LIST + 0x100;
     put_phrase(LIST, uint64_t(type) | uint64_t(VDB_LINE) << 3 | uint64_t(height) << 14 |
                          uint64_t(link / 8) << 24 | uint64_t(DATA / 8) << 43);
     put_phrase(LIST + 8, uint64_t(depth) << 12 | uint64_t(1) << 15 | uint64_t(dwidth) << 18 |
                              uint64_t(iwidth) << 28 | uint64_t(4) << 45 /* TRANS */);
     put_phrase(LIST + 16, uint64_t(hscale) | uint64_t(vscale) << 8);
-    put_phrase(link, 4);
+    if (!looping) put_phrase(link, 4);
 }
 
 void run_lines(benchmark::State& state) {
@@ -79,5 +79,13 @@ void BM_Scaled16BitDoubledFullWidth(benchmark::State& state) {
     run_lines(state);
 }
 BENCHMARK(BM_Scaled16BitDoubledFullWidth);
+
+// The worst list a program can build: an object that links to itself, drawn until the walker's
+// per-line bound ends the line.
+void BM_LoopingListWorstCase(benchmark::State& state) {
+    build_machine(0, 4, WIDTH / 4, 0, 0, true);
+    run_lines(state);
+}
+BENCHMARK(BM_LoopingListWorstCase);
 
 }  // namespace
