@@ -10,6 +10,7 @@
 #include "core/memory.h"
 #include "core/sound.h"
 #include "core/video.h"
+#include "m68k/m68k.h"
 #include "objproc/colour_tables.h"
 #include "objproc/objproc.h"
 
@@ -167,6 +168,10 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         write_reset_vectors(0x001FFFFC, 0x00802000);
 
     video_reset();
+    if (!m68k_setup()) {
+        log_printf("M68K Init failed.\n");
+        return 0;
+    }
     op_init();
     return 1;
 }
@@ -189,7 +194,7 @@ extern "C" VEMO_API void vemo_get_frame_info(vemo_frame_info* info) {
     if (f.x_offset < 0) f.x_offset = 0;
     f.frame_buffer = frame_buffer;
     f.frame_pitch = FRAME_PITCH;
-    f.m68k_pc = 0;
+    f.m68k_pc = m68k_get_pc();
     f.gpu_pc = 0;
     f.dsp_pc = 0;
     f.color_mode = (video.vmode >> 1) & 3;

@@ -372,8 +372,9 @@ inline void op_ext_l(uint32_t op) {
 inline void op_link(uint32_t op) {
     uint32_t r = op & 7;
     uint32_t disp = sext16(m68k_fetch16());
+    uint32_t v = A(r);  // LINK A7 pushes the stack pointer as it was before the push
     A(7) -= 4;
-    m68k_write32(A(7), A(r));
+    m68k_write32(A(7), v);
     A(r) = A(7);
     A(7) += disp;
     charge(16);
