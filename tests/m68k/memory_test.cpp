@@ -1,0 +1,197 @@
+// How instructions reach memory: 24-bit data addresses, single long accesses, CLR's read, the
+// PC's kept top byte, fetch-region misses, and safety at the edges of every buffer.
+#include <random>
+
+#include "m68k_test_machine.h"
+
+namespace {
+
+using m68k_test::CODE;
+using m68k_test::HANDLER;
+using m68k_test::io_access;
+using m68k_test::io_log;
+using m68k_test::Machine;
+using m68k_test::RAM_SIZE;
+using m68k_test::STACK;
+using DataAccess = Machine;
+using FetchRegions = Machine;
+using Safety = Machine;
+
+TEST_F(DataAccess, AddressesAreReducedTo24BitsWhileAddressRegistersKeepAll32) {
+    code({0x3039, 0xFFF0, 0x0010, 0x3010});  // MOVE.W $FFF00010,D0; MOVE.W (A0),D0
+    a(0) = 0xABF00020;
+    m68k_test::io_read_value = 0x1234;
+    step();
+    step();
+    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00010, 0}, {'r', 2, 0xF00020, 0}}));
+    EXPECT_EQ(a(0), 0xABF00020u);
+    EXPECT_EQ(d(0), 0x1234u);
+}
+
+TEST_F(DataAccess, LongOperandsAreOneAccessAndWordHandlersSeeOnlyTheirWidth) {
+    code({0x23C0, 0x00F0, 0x0000, 0x2039, 0x00F0, 0x0004, 0x33C0, 0x00F0, 0x0008});
+    d(0) = 0xA1B2C3D4;  // MOVE.L D0,$F00000; MOVE.L $F00004,D0; MOVE.W D0,$F00008
+    m68k_test::io_read_value = 0x11223344;
+    step();
+    step();
+    step();
+    EXPECT_EQ(io_log, (std::vector<io_access>{{'w', 4, 0xF00000, 0xA1B2C3D4},
+                                              {'r', 4, 0xF00004, 0},
+                                              {'w', 2, 0xF00008, 0x3344}}));
+    EXPECT_EQ(d(0), 0x11223344u);
+}
+
+TEST_F(DataAccess, ClrSccAndMoveFromSrReadTheirDestinationBeforeWritingIt) {
+    code({0x4279, 0x00F0, 0x0000,    // CLR.W $F00000
+          0x50F9, 0x00F0, 0x0002,    // ST $F00002
+          0x40F9, 0x00F0, 0x0004});  // MOVE SR,$F00004
+    m68k_test::io_read_value = 0xFFFF;
+    step();
+    step();
+    step();
+    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00000, 0},
+                                              {'w', 2, 0xF00000, 0},
+                                              {'r', 1, 0xF00002, 0},
+                                              {'w', 1, 0xF00002, 0xFF},
+                                              {'r', 2, 0xF00004, 0},
+                                              {'w', 2, 0xF00004, 0x2004}}));
+}
+
+TEST_F(DataAccess, ByteAccessesThroughTheStackPointerKeepItEven) {
+    code({0x1F00, 0x1E1F, 0x1D00});  // MOVE.B D0,-(A7); MOVE.B (A7)+,D7; MOVE.B D0,-(A6)
+    d(0) = 0x5A;
+    a(6) = 0x5000;
+    step();
+    EXPECT_EQ(a(7), STACK - 2);
+    EXPECT_EQ(get8(STACK - 2), 0x5A);
+    step();
+    EXPECT_EQ(a(7), STACK + 0u);
+    EXPECT_EQ(d(7), 0x5Au);
+    step();
+    EXPECT_EQ(a(6), 0x4FFFu);
+}
+
+TEST_F(DataAccess, DirectLongAccessesAtTheEndOfARegionStayInside) {
+    // MOVE.L $FFFE,D0 reads the last word and all ones beyond; MOVE.L D1,$FFFE writes one word.
+    put16(RAM_SIZE - 2, 0xBEEF);
+    code({0x2039, 0x0000, 0xFFFE, 0x23C1, 0x0000, 0xFFFE});
+    d(1) = 0x12345678;
+    step();
+    EXPECT_EQ(d(0), 0xBEEFFFFFu);
+    step();
+    EXPECT_EQ(get16(RAM_SIZE - 2), 0x1234);
+}
+
+TEST_F(FetchRegions, ThePcKeepsItsTopByteAndExecutesFromItsLow24Bits) {
+    code({0x4EF9, 0xFF00, CODE + 0x20});  // JMP $FF001020
+    code(CODE + 0x20, {0x4EB9, 0x0000, CODE + 0x40, 0x4E71});  // JSR $1040
+    code(CODE + 0x40, {0x4E75});  // RTS
+    step();
+    EXPECT_EQ(pc(), 0xFF000000u | (CODE + 0x20));
+    step();
+    EXPECT_EQ(get32(STACK - 4), 0xFF000000u | (CODE + 0x26));  // return address with its top byte
+    step();
+    EXPECT_EQ(pc(), 0xFF000000u | (CODE + 0x26));
+    step();
+    EXPECT_EQ(pc(), 0xFF000000u | (CODE + 0x28));
+}
+
+TEST_F(FetchRegions, APcOutsideEveryRegionReturnsOneAndKeepsReturningIt) {
+    start(0xAB020000);
+    EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), 0x020000u);
+    EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
+
+    // A jump into data-only space ends the slice without charging the jump.
+    start(CODE);
+    code({0x4E71, 0x4EF9, 0xABF0, 0x0000, 0x4E71});  // NOP; JMP $ABF00000
+    EXPECT_EQ(m68k_execute(100), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), 0xF00000u);
+    EXPECT_EQ(m68k_context.cycles_left, 96);
+    EXPECT_EQ(m68k_execute(100), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), 0xF00000u);
+}
+
+TEST_F(FetchRegions, AVectorIntoNowhereEndsTheSliceWithTheFrameStacked) {
+    put32(0x80, 0x00F00000);  // TRAP #0
+    code({0x4E40});
+    EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), 0xF00000u);
+    EXPECT_EQ(get32(STACK - 4), CODE + 2);
+    EXPECT_EQ(a(7), STACK - 6);
+
+    start(CODE);
+    put32(0x100, 0x00F00000);
+    m68k_interrupt(2, 256);
+    EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), 0xF00000u);
+}
+
+// Sequential execution that leaves its region looks the PC up again: into an adjacent region
+// it goes on, into no region it ends the slice with result 1 at that address.
+TEST_F(FetchRegions, RunningOffTheEndOfARegionLooksThePcUpAgain) {
+    code(RAM_SIZE - 4, {0x4E71, 0x4E71});
+    start(RAM_SIZE - 4);
+    EXPECT_EQ(m68k_execute(100), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), RAM_SIZE);
+    EXPECT_EQ(m68k_context.cycles_left, 92);
+
+    // An extension word beyond the region reads as all ones; the slice ends there.
+    code(RAM_SIZE - 2, {0x303C});  // MOVE.W #<beyond>,D0
+    start(RAM_SIZE - 2);
+    EXPECT_EQ(m68k_execute(100), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(d(0), 0xFFFFu);
+    EXPECT_EQ(pc(), RAM_SIZE);
+
+    std::vector<uint8_t> second(0x100);
+    m68k_fetch_region two[3];
+    m68k_set_fetch_region(&two[0], 0, RAM_SIZE - 1, reinterpret_cast<uintptr_t>(ram.data()));
+    m68k_set_fetch_region(&two[1], RAM_SIZE, RAM_SIZE + 0xFF, reinterpret_cast<uintptr_t>(second.data()) - RAM_SIZE);
+    m68k_set_fetch_region(&two[2], 0xFFFFFFFF, 0xFFFFFFFF, 0);
+    m68k_set_fetch_regions(two);
+    ws_write16(second.data(), 0, 0x4E71);
+    ws_write16(second.data(), 2, 0x4E72);  // STOP #$2000
+    ws_write16(second.data(), 4, 0x2000);
+    code(RAM_SIZE - 4, {0x4E71, 0x303C});  // NOP; MOVE.W #<first word of the next region>,D0
+    start(RAM_SIZE - 4);
+    EXPECT_EQ(m68k_execute(100), M68K_OK);
+    EXPECT_EQ(d(0), 0x4E71u);
+    EXPECT_EQ(pc(), RAM_SIZE + 6);
+    EXPECT_EQ(m68k_context.stopped, 1u);
+}
+
+TEST_F(Safety, OddPcsAndBranchesOutOfTheBufferNeverReadOutsideIt) {
+    start(RAM_SIZE - 1);  // the last byte: no whole word fits
+    EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), RAM_SIZE - 1);
+
+    start(CODE);
+    code({0x6000, 0xC000});  // BRA.W backwards past address 0
+    EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
+    EXPECT_EQ(pc(), (CODE + 2 - 0x4000) & 0xFFFFFF);
+
+    start(CODE + 1);  // odd: executes the bytes as they fall, inside the buffer
+    EXPECT_GE(m68k_execute(60), 0);
+}
+
+// Random words everywhere, vectors included, from random PCs and budgets: every slice ends
+// with a defined result and (under the sanitizers) without an access outside a buffer.
+TEST_F(Safety, RandomOpcodeStreamsAndVectorsRunSafely) {
+    std::mt19937 rng(1234);
+    for (int round = 0; round < 40; ++round) {
+        for (uint32_t at = 0; at < RAM_SIZE; at += 2) put16(at, static_cast<uint16_t>(rng()));
+        for (int slice = 0; slice < 200; ++slice) {
+            if (slice % 50 == 0) {
+                start(rng() & (slice % 100 ? 0xFFFF : 0xFFFFFFFF));
+                m68k_context.sr = rng() & 0xFFFF & SR_MASK;
+                for (int r = 0; r < 8; ++r) d(r) = rng(), a(r) = rng();
+            }
+            if (slice % 7 == 0) m68k_interrupt(1 + rng() % 7, 2 + rng() % 255);
+            int result = m68k_execute(static_cast<int32_t>(rng() % 300));
+            ASSERT_TRUE(result == M68K_OK || result == M68K_NO_FETCH_REGION);
+            ASSERT_EQ(m68k_context.sr & ~uint32_t(SR_MASK), 0u);
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,76 @@
+// A 68000 program assembled from source and started by vemo_init in program mode: the core
+// runs it through this machine's memory map (instructions from RAM, data through the bus).
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "core/bus.h"
+#include "core/memory.h"
+#include "m68k/m68k.h"
+#include "support/temp_files.h"
+#include "vemocore.h"
+
+namespace {
+
+constexpr uint32_t LOAD = 0x4000;
+constexpr uint32_t RESULTS = LOAD + 0x200;
+constexpr uint32_t DONE = LOAD + 0x1F0;
+
+class Program : public ::testing::Test {
+protected:
+    void SetUp() override {
+        vemo_config c{};
+        std::snprintf(c.rom_path, sizeof c.rom_path, "%s", VEMO_PROGRAM_DIR "/m68k_workout.bin");
+        std::snprintf(c.eeprom_path, sizeof c.eeprom_path, "%s",
+                      (test_support::scratch_dir() / "none.eeprom").c_str());
+        c.load_program = 1;
+        c.load_address = LOAD;
+        ASSERT_EQ(vemo_init(&c), 1) << vemo_get_error_string();
+    }
+    void TearDown() override { vemo_shutdown(); }
+
+    void run_until_stopped() {
+        for (int i = 0; i < 100 && !m68k_context.stopped; ++i) ASSERT_EQ(m68k_execute(60), M68K_OK);
+        ASSERT_TRUE(m68k_context.stopped);
+    }
+};
+
+TEST_F(Program, StartsAtTheLoadAddressWithTheStackFromRam) {
+    EXPECT_EQ(m68k_get_pc(), LOAD);
+    EXPECT_EQ(m68k_context.a[7], 0x1FFFFFu);
+    EXPECT_EQ(m68k_context.sr, 0x2700u);
+}
+
+TEST_F(Program, RunsToItsWaitThenTheInterruptFinishesIt) {
+    run_until_stopped();
+    EXPECT_EQ(bus_read32(RESULTS + 0), 55u);
+    EXPECT_EQ(bus_read32(RESULTS + 4), 3025u);
+    EXPECT_EQ(bus_read32(RESULTS + 8), 0x1234ABCDu);
+    EXPECT_EQ(bus_read32(RESULTS + 12), 0xAAAAAAAAu);
+    EXPECT_EQ(bus_read32(RESULTS + 16), 0x00030064u);
+    EXPECT_EQ(bus_read8(RESULTS + 20), 0x47);
+    EXPECT_EQ(bus_read16(RESULTS + 22), 0);
+
+    // Stopped slices change nothing until the interrupt.
+    m68k_execute(60);
+    EXPECT_EQ(bus_read32(RESULTS + 24), 0u);
+    EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);
+    m68k_execute(200);
+    EXPECT_EQ(bus_read32(RESULTS + 24), 1u);
+    EXPECT_EQ(bus_read16(RESULTS + 22), 0x600D);
+    EXPECT_TRUE(m68k_context.stopped);
+
+    vemo_frame_info info{};
+    vemo_get_frame_info(&info);
+    EXPECT_EQ(info.m68k_pc, DONE + 4);
+}
+
+TEST_F(Program, SetupFailsWhenTheStartAddressHasNoInstructionMemory) {
+    ws_write32(main_ram, 4, 0x00F00000);
+    EXPECT_EQ(m68k_setup(), 0);
+    ws_write32(main_ram, 4, 0x00E00000);  // the boot ROM holds instructions
+    EXPECT_EQ(m68k_setup(), 1);
+    EXPECT_EQ(m68k_get_pc(), 0xE00000u);
+}
+
+}  // namespace

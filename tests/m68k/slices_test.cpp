@@ -1,0 +1,235 @@
+// Cycle-budgeted slices, interrupt requests and their acceptance, STOP, reset and exceptions.
+#include "m68k_test_machine.h"
+
+namespace {
+
+using m68k_test::CODE;
+using m68k_test::HANDLER;
+using m68k_test::Machine;
+using m68k_test::STACK;
+using m68k_test::USER_STACK;
+class SliceMachine : public Machine {
+protected:
+    void nops(uint32_t from, int count) {
+        for (int i = 0; i < count; ++i) put16(from + 2 * i, 0x4E71);
+    }
+};
+using Budget = SliceMachine;
+using Stop = SliceMachine;
+using Interrupts = SliceMachine;
+using Exceptions = SliceMachine;
+
+TEST_F(Budget, ZeroRunsOneInstructionAndAnExactZeroCountContinues) {
+    nops(CODE, 16);
+    EXPECT_EQ(m68k_execute(0), M68K_OK);
+    EXPECT_EQ(pc(), CODE + 2);
+    EXPECT_EQ(m68k_context.cycles_left, -4);
+
+    // Budget 8: the second NOP leaves exactly 0 and the third still runs.
+    EXPECT_EQ(m68k_execute(8), M68K_OK);
+    EXPECT_EQ(pc(), CODE + 2 + 6);
+    EXPECT_EQ(m68k_context.cycles_requested, 8);
+    EXPECT_EQ(m68k_context.cycles_left, -4);
+}
+
+TEST_F(Budget, AnOverrunIsDroppedAndEachSliceStartsFromItsOwnBudget) {
+    code({0x4E70, 0x4E71, 0x4E71, 0x4E71});  // RESET (132) then NOPs
+    EXPECT_EQ(m68k_execute(60), M68K_OK);
+    EXPECT_EQ(m68k_context.cycles_left, 60 - 132);
+    EXPECT_EQ(pc(), CODE + 2);
+    // The next slice of 4 is not reduced by the earlier overrun: it runs two NOPs.
+    EXPECT_EQ(m68k_execute(4), M68K_OK);
+    EXPECT_EQ(pc(), CODE + 6);
+}
+
+TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
+    nops(CODE, 4);
+    m68k_context.sr = 0x8004;  // user mode, trace bit, Z, mask 0
+    m68k_context.a[7] = USER_STACK;
+    m68k_context.other_sp = STACK;
+    EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);
+    EXPECT_EQ(m68k_context.irq_vector[1], 26u);
+    EXPECT_EQ(m68k_context.irq_count, 1);
+    EXPECT_EQ(m68k_interrupt(2, 256), M68K_IRQ_LEVEL_WAITING);
+
+    EXPECT_EQ(m68k_execute(60), M68K_OK);
+    // Stacked on the supervisor stack: SR with its condition codes, then the interrupted PC.
+    EXPECT_EQ(get16(STACK - 6), 0x8004);
+    EXPECT_EQ(get32(STACK - 4), CODE);
+    EXPECT_EQ(a(7) , STACK - 6 + 0u);
+    EXPECT_EQ(m68k_context.other_sp, USER_STACK);
+    EXPECT_EQ(sr(), 0x2204u);  // T cleared, S set, mask 2, flags kept
+    EXPECT_EQ(m68k_context.irq_count, 0);
+    EXPECT_EQ(m68k_context.irq_vector[1], 0u);
+    // 44 cycles for the interrupt, then NOPs from 0x100's handler until the budget is gone.
+    EXPECT_EQ(pc(), HANDLER + 2 * 5);  // 60 - 44 = 16: four NOPs reach 0, the fifth overruns
+}
+
+TEST_F(Interrupts, WithASmallBudgetOnlyTheHandlersFirstInstructionRuns) {
+    nops(CODE, 4);
+    m68k_interrupt(2, 256);
+    EXPECT_EQ(m68k_execute(40), M68K_OK);
+    EXPECT_EQ(pc(), HANDLER + 2);
+    EXPECT_EQ(m68k_context.cycles_left, 40 - 44 - 4);
+}
+
+TEST_F(Interrupts, AMaskedRequestWaitsUntilASliceStartsWithALowerMask) {
+    // Handler: RTE restores the mask-0 SR; the request waiting at the same level is not taken
+    // right after the RTE but at the start of the following slice.
+    put16(HANDLER, 0x4E73);
+    nops(CODE, 8);
+    m68k_context.sr = 0x2200;  // mask 2
+    m68k_interrupt(2, 256);
+    m68k_execute(8);
+    EXPECT_EQ(pc(), CODE + 6);  // nothing taken
+    EXPECT_EQ(m68k_context.irq_count, 1);
+
+    m68k_context.sr = 0x2000;
+    m68k_execute(0);  // taken: the handler's RTE runs as the slice's only instruction
+    EXPECT_EQ(pc(), CODE + 6);
+    EXPECT_EQ(m68k_context.irq_count, 0);
+    EXPECT_EQ(sr(), 0x2000u);
+}
+
+TEST_F(Interrupts, ARequestMadeDuringASliceWaitsForTheNextOne) {
+    code({0x33C0, 0x00F0, 0x0000});  // MOVE.W D0,$F00000 (16 cycles), then NOPs
+    nops(CODE + 6, 10);
+    m68k_test::io_write_raises_interrupt = true;
+    EXPECT_EQ(m68k_execute(40), M68K_OK);
+    EXPECT_EQ(pc(), CODE + 6 + 7 * 2);  // ran on through seven NOPs
+    EXPECT_EQ(m68k_context.irq_count, 1);
+    m68k_test::io_write_raises_interrupt = false;
+    m68k_execute(0);
+    EXPECT_EQ(pc(), HANDLER + 2);
+}
+
+TEST_F(Interrupts, LevelSevenIsTakenEvenWithTheMaskAtSeven) {
+    m68k_context.sr = 0x2700;
+    put32(31 * 4 + 0x98, HANDLER + 0x10);
+    EXPECT_EQ(m68k_interrupt(7, 256), M68K_OK);
+    m68k_execute(0);
+    EXPECT_EQ(pc(), HANDLER + 0x12);
+    EXPECT_EQ(sr() & 0x0700, 0x0700u);
+}
+
+TEST_F(Interrupts, HigherWaitingLevelsStackOnTopAndRunFirst) {
+    put32(0x198, HANDLER + 0x20);  // level 3 with vector 64: read at 64 * 4 + 0x98
+    EXPECT_EQ(m68k_interrupt(3, 64), M68K_OK);
+    EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);
+    m68k_execute(0);
+    EXPECT_EQ(pc(), HANDLER + 0x22);
+    EXPECT_EQ(a(7), STACK - 12);
+    EXPECT_EQ(get32(STACK - 10), HANDLER);  // level 3 returns into level 2's handler
+    EXPECT_EQ(get32(STACK - 4), CODE);
+    EXPECT_EQ(m68k_context.cycles_left, -88 - 4);
+}
+
+TEST_F(Interrupts, RequestsWithBadArgumentsAreRefused) {
+    EXPECT_EQ(m68k_interrupt(0, 256), M68K_IRQ_BAD_LEVEL);
+    EXPECT_EQ(m68k_interrupt(8, 256), M68K_IRQ_BAD_LEVEL);
+    EXPECT_EQ(m68k_interrupt(2, 1), M68K_IRQ_BAD_VECTOR);
+    EXPECT_EQ(m68k_interrupt(2, 257), M68K_IRQ_BAD_VECTOR);
+    EXPECT_EQ(m68k_context.irq_count, 0);
+}
+
+TEST_F(Stop, StopsUntilAnInterruptAboveTheMaskAndTheWakingSliceRunsTheHandler) {
+    code({0x4E72, 0x2100, 0x4E71});  // STOP #$2100
+    EXPECT_EQ(m68k_execute(1000), M68K_OK);
+    EXPECT_EQ(m68k_context.stopped, 1u);
+    EXPECT_EQ(m68k_context.cycles_left, 996);
+    EXPECT_EQ(pc(), CODE + 4);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(m68k_execute(60), M68K_OK);
+        EXPECT_EQ(m68k_context.cycles_left, 0);
+        EXPECT_EQ(pc(), CODE + 4);
+    }
+    m68k_interrupt(1, 256);  // level 1 is not above the mask of 1
+    m68k_execute(60);
+    EXPECT_EQ(m68k_context.stopped, 1u);
+    m68k_interrupt(2, 256);
+    m68k_execute(60);
+    EXPECT_EQ(m68k_context.stopped, 0u);
+    EXPECT_EQ(get32(STACK - 4), CODE + 4);  // returns after the STOP
+    EXPECT_EQ(pc(), HANDLER + 2 * 5);
+}
+
+TEST_F(Stop, AUserModeSrSwitchesToTheUserStack) {
+    code({0x4E72, 0x0000});
+    m68k_execute(0);
+    EXPECT_EQ(a(7), USER_STACK);
+    EXPECT_EQ(m68k_context.other_sp, STACK);
+    EXPECT_EQ(sr(), 0u);
+
+    start(CODE);
+    code({0x4E72, 0x2000});
+    m68k_execute(0);
+    EXPECT_EQ(a(7), STACK);
+}
+
+TEST_F(Stop, PrivilegedInstructionsInUserModeTrapAtTheirOwnAddress) {
+    const uint16_t privileged[][2] = {{0x4E72, 0x2000}, {0x4E70, 0}, {0x4E73, 0}, {0x46FC, 0x2700},
+                                      {0x007C, 0x0700}, {0x4E60, 0},   {0x4E68, 0}};
+    for (const auto& w : privileged) {
+        SCOPED_TRACE(testing::Message() << std::hex << w[0]);
+        start(CODE, 0x0000);
+        code({w[0], w[1]});
+        EXPECT_EQ(step(), 40);
+        EXPECT_EQ(pc(), HANDLER);
+        EXPECT_EQ(get32(STACK - 4), CODE);
+        EXPECT_EQ(m68k_context.other_sp, USER_STACK);
+        EXPECT_EQ(m68k_context.stopped, 0u);
+    }
+}
+
+TEST_F(Exceptions, TrapAndIllegalStackTheRightAddressesAndRteReturns) {
+    put32(0xBC, HANDLER + 0x10);  // TRAP #15
+    put16(HANDLER + 0x10, 0x4E73);
+    code({0x7000, 0x4E4F, 0x4E71});  // MOVEQ #0,D0 (sets Z); TRAP #15
+    m68k_context.sr = 0x0000;
+    m68k_context.a[7] = USER_STACK;
+    m68k_context.other_sp = STACK;
+    step();
+    EXPECT_EQ(step(), 34);
+    EXPECT_EQ(pc(), HANDLER + 0x10);
+    EXPECT_EQ(get16(STACK - 6), 0x0004);  // user SR with Z from MOVEQ
+    EXPECT_EQ(get32(STACK - 4), CODE + 4);
+    EXPECT_EQ(sr(), 0x2004u);
+    EXPECT_EQ(step(), 20);  // RTE back to user mode and the user stack
+    EXPECT_EQ(pc(), CODE + 4);
+    EXPECT_EQ(a(7), USER_STACK);
+    EXPECT_EQ(m68k_context.other_sp, STACK);
+
+    // An illegal word stacks its own address, so RTE would run it again; T stays set.
+    start(CODE, 0xA000);
+    code({0x42C0});
+    EXPECT_EQ(step(), 40);
+    EXPECT_EQ(get32(STACK - 4), CODE);
+    EXPECT_EQ(sr(), 0xA000u);
+    start(CODE);
+    code({0xF000});
+    put32(0x2C, HANDLER + 0x20);
+    step();
+    EXPECT_EQ(pc(), HANDLER + 0x20);
+}
+
+TEST_F(Exceptions, ResetLoadsTheVectorsAndClearsTheRequests) {
+    put32(0, 0x7FFC);
+    put32(4, CODE + 0x40);
+    m68k_interrupt(2, 256);
+    m68k_context.stopped = 1;
+    d(3) = 7;
+    EXPECT_EQ(m68k_reset(), M68K_OK);
+    EXPECT_EQ(pc(), CODE + 0x40);
+    EXPECT_EQ(a(7), 0x7FFCu);
+    EXPECT_EQ(m68k_context.other_sp, 0x7FFCu);
+    EXPECT_EQ(sr(), 0x2700u);
+    EXPECT_EQ(d(3), 0u);
+    EXPECT_EQ(m68k_context.irq_count, 0);
+    EXPECT_EQ(m68k_context.irq_vector[1], 0u);
+    EXPECT_EQ(m68k_context.stopped, 0u);
+
+    put32(4, 0x00F00000);  // a start address outside every fetch region
+    EXPECT_EQ(m68k_reset(), M68K_NO_FETCH_REGION);
+}
+
+}  // namespace
