@@ -97,23 +97,36 @@ void print_flags(char* out, uint32_t sr) {
     out[5] = 0;
 }
 
-void print_failure(const vector_case& c, const check_result& r) {
-    std::printf("  FAIL \"%s\" (opcode %04X", c.name.c_str(), unsigned(c.initial.prefetch[0] & 0xFFFF));
-    if (c.initial.regs[VR_SR] & 0x8000) std::printf(", trace bit set");
-    std::printf(")\n");
+// Appends printf-style text to a report kept until the file's summary line is out.
+template <typename... Args>
+void append(std::string& out, const char* format, Args... args) {
+    char line[512];
+    std::snprintf(line, sizeof line, format, args...);
+    out += line;
+}
+
+void describe_failure(std::string& out, const vector_case& c, const check_result& r) {
+    append(out, "  FAIL \"%s\" (opcode %04X%s)\n", c.name.c_str(), unsigned(c.initial.prefetch[0] & 0xFFFF),
+           (c.initial.regs[VR_SR] & 0x8000) ? ", trace bit set" : "");
+    // The starting state, so a case can be reproduced by hand.
+    const uint32_t* in = c.initial.regs;
+    append(out, "    before: D %08X %08X %08X %08X %08X %08X %08X %08X\n", in[0], in[1], in[2], in[3], in[4], in[5],
+           in[6], in[7]);
+    append(out, "            A %08X %08X %08X %08X %08X %08X %08X  USP %08X SSP %08X SR %04X PC %08X\n", in[8],
+           in[9], in[10], in[11], in[12], in[13], in[14], in[15], in[16], in[17], in[18]);
     for (const difference& d : r.differences) {
         const char* note = d.forgiven == (d.expected ^ d.got) ? "  (masked)" : "";
         if (d.what == "SR") {
             char want[6], have[6];
             print_flags(want, d.expected);
             print_flags(have, d.got);
-            std::printf("    %-12s expected %04X %s   got %04X %s%s\n", d.what.c_str(), unsigned(d.expected), want,
+            append(out, "    %-12s expected %04X %s   got %04X %s%s\n", d.what.c_str(), unsigned(d.expected), want,
                         unsigned(d.got), have, note);
         } else if (d.what.rfind("mem", 0) == 0) {
-            std::printf("    %-12s expected %04X        got %04X%s\n", d.what.c_str(), unsigned(d.expected),
+            append(out, "    %-12s expected %04X        got %04X%s\n", d.what.c_str(), unsigned(d.expected),
                         unsigned(d.got), note);
         } else {
-            std::printf("    %-12s expected %08X    got %08X%s\n", d.what.c_str(), unsigned(d.expected),
+            append(out, "    %-12s expected %08X    got %08X%s\n", d.what.c_str(), unsigned(d.expected),
                         unsigned(d.got), note);
         }
     }
@@ -131,6 +144,7 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
     }
     totals here;
     unsigned shown = 0;
+    std::string details;
     observed_state got;
     for (const vector_case& c : file.cases) {
         if (c.address_error) {
@@ -155,7 +169,7 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
             ++here.failed;
             if (shown < show) {
                 ++shown;
-                print_failure(c, r);
+                describe_failure(details, c, r);
             }
             break;
         }
@@ -165,6 +179,7 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
     if (!file.fatal.empty()) here.failed += 1;
     std::printf("%s: %u passed, %u failed, %u not applicable, %u masked\n", name.c_str(), here.passed,
                 here.failed, here.not_applicable, here.masked);
+    std::fputs(details.c_str(), stdout);
     for (const std::string& p : file.problems) std::printf("  malformed %s, skipped\n", p.c_str());
     if (!file.fatal.empty()) std::printf("  malformed: %s\n", file.fatal.c_str());
 

@@ -164,7 +164,7 @@ bool load_vector_file(const std::string& path, vector_file& out) {
         out.fatal = "file size out of range";
         return false;
     }
-    std::vector<uint8_t> bytes(size_t(length));
+    std::vector<uint8_t> bytes(static_cast<size_t>(length));
     in.seekg(0);
     if (!in.read(reinterpret_cast<char*>(bytes.data()), length)) {
         out.fatal = "read error";
