@@ -105,7 +105,7 @@ void append(std::string& out, const char* format, Args... args) {
     out += line;
 }
 
-void describe_failure(std::string& out, const vector_case& c, const check_result& r) {
+void describe_failure(std::string& out, const vector_case& c, const check_result& r, int status) {
     append(out, "  FAIL \"%s\" (opcode %04X%s)\n", c.name.c_str(), unsigned(c.initial.prefetch[0] & 0xFFFF),
            (c.initial.regs[VR_SR] & 0x8000) ? ", trace bit set" : "");
     // The starting state, so a case can be reproduced by hand.
@@ -114,6 +114,7 @@ void describe_failure(std::string& out, const vector_case& c, const check_result
            in[6], in[7]);
     append(out, "            A %08X %08X %08X %08X %08X %08X %08X  USP %08X SSP %08X SR %04X PC %08X\n", in[8],
            in[9], in[10], in[11], in[12], in[13], in[14], in[15], in[16], in[17], in[18]);
+    if (status != M68K_OK) append(out, "    the core reported result %d (PC outside every fetch region)\n", status);
     for (const difference& d : r.differences) {
         const char* note = d.forgiven == (d.expected ^ d.got) ? "  (masked)" : "";
         if (d.what == "SR") {
@@ -153,7 +154,7 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
         }
         clear_touched();
         load_state(c.initial);
-        m68k_execute(0);
+        const int status = m68k_execute(0);
         observe(c, got);
         const check_result r = check_case(c, got);
         switch (r.outcome) {
@@ -169,7 +170,7 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
             ++here.failed;
             if (shown < show) {
                 ++shown;
-                describe_failure(details, c, r);
+                describe_failure(details, c, r, status);
             }
             break;
         }
