@@ -185,9 +185,16 @@ TEST(M68kCaseCheck, TraceBitKeptOnlyWhenTheInstructionTrapped) {
     trap.initial.regs[VR_SR] = 0xA700;
     trap.final.regs[VR_SR] = 0x2700;  // the real chip clears T
     trap.final.regs[VR_SSP] = trap.initial.regs[VR_SSP] - 6;
+    trap.final.memory.push_back({0x84, 0x0000});  // vector 33 -> 0x5000
+    trap.final.memory.push_back({0x86, 0x5000});
+    trap.final.regs[VR_PC] = 0x5004;
     observed_state got = observe_expected(trap);
     got.regs[VR_SR] = 0xA700;
     EXPECT_EQ(check_case(trap, got).outcome, verdict::masked);
+
+    // TRAP #2 would have gone through another vector: the real chip did not take this one.
+    trap.initial.prefetch[0] = 0x4E42;
+    EXPECT_EQ(check_case(trap, got).outcome, verdict::failed);
 
     // LINK A7,#-2 moves SSP by 6 too, but enters no exception: T must match.
     vector_case link = trap;

@@ -1,5 +1,6 @@
 #include "case_check.h"
 
+#include <bit>
 #include <cstdio>
 
 namespace {
@@ -11,24 +12,20 @@ constexpr uint32_t CC_Z = 0x04;
 constexpr uint32_t CC_V = 0x02;
 constexpr uint32_t CC_C = 0x01;
 
-// Bits forgiven in one register slot or in the stacked SR word, with their reasons.
+// Bits forgiven in each register slot and in the stacked SR word, kept per reason so that a
+// masked case is counted under the reasons whose bits actually differed.
 struct case_masks {
-    uint32_t regs[VR_COUNT] = {};
-    unsigned reg_reasons[VR_COUNT] = {};
+    uint32_t regs[MASK_REASON_COUNT][VR_COUNT] = {};
     bool has_stacked_sr = false;
     uint32_t stacked_sr_address = 0;
-    uint16_t stacked_sr = 0;
-    unsigned stacked_sr_reasons = 0;
+    uint32_t stacked_sr[MASK_REASON_COUNT] = {};
 
-    void reg(int slot, uint32_t bits, unsigned reason) {
-        regs[slot] |= bits;
-        reg_reasons[slot] |= reason;
-    }
-    void stacked(uint32_t address, uint16_t bits, unsigned reason) {
+    static int index(mask_reason reason) { return std::countr_zero(unsigned(reason)); }
+    void reg(int slot, uint32_t bits, mask_reason reason) { regs[index(reason)][slot] |= bits; }
+    void stacked(uint32_t address, uint16_t bits, mask_reason reason) {
         has_stacked_sr = true;
         stacked_sr_address = address & 0xFFFFFF;
-        stacked_sr |= bits;
-        stacked_sr_reasons |= reason;
+        stacked_sr[index(reason)] |= bits;
     }
 };
 
@@ -39,37 +36,49 @@ bool is_bcd(uint16_t op) {
 }
 bool is_movem_postincrement_load(uint16_t op) { return (op & 0xFFB8) == 0x4C98; }
 
-// Instructions that can enter an exception on this machine (other than by interrupt).
-bool can_trap(uint16_t op) {
-    if ((op & 0xF000) == 0xA000 || (op & 0xF000) == 0xF000) return true;  // line A, line F
-    if ((op & 0xFFF0) == 0x4E40 || (op & 0xFFF0) == 0x4E60) return true;  // TRAP, MOVE USP
-    if ((op & 0xFFC0) == 0x46C0) return true;                              // MOVE to SR
+// The vector of the exception an instruction can enter on this machine (other than by
+// interrupt), or 0 when it cannot trap.
+uint32_t trap_vector(uint16_t op) {
+    if ((op & 0xF000) == 0xA000) return 10;                   // line A
+    if ((op & 0xF000) == 0xF000) return 11;                   // line F
+    if ((op & 0xFFF0) == 0x4E40) return 32 + (op & 15);       // TRAP #n
+    if (is_chk(op)) return 6;
+    if (is_divide(op)) return 5;
+    if ((op & 0xFFF0) == 0x4E60 || (op & 0xFFC0) == 0x46C0) return 8;  // MOVE USP, MOVE to SR
     switch (op) {
-    case 0x4AFC:  // ILLEGAL
-    case 0x4E70:  // RESET
-    case 0x4E72:  // STOP
-    case 0x4E73:  // RTE
-    case 0x4E76:  // TRAPV
-    case 0x007C:  // ORI to SR
-    case 0x027C:  // ANDI to SR
-    case 0x0A7C:  // EORI to SR
-        return true;
+    case 0x4AFC: return 4;  // ILLEGAL
+    case 0x4E76: return 7;  // TRAPV
+    case 0x4E70:            // RESET
+    case 0x4E72:            // STOP
+    case 0x4E73:            // RTE
+    case 0x007C:            // ORI to SR
+    case 0x027C:            // ANDI to SR
+    case 0x0A7C:            // EORI to SR
+        return 8;
     default:
-        return is_chk(op) || is_divide(op);
+        return 0;
     }
 }
 
-// The real processor's final state shows exception entry: a 6-byte frame on the supervisor
-// stack. (Only asked for instructions that can trap: LINK A7 can move SSP by 6 too.)
-bool entered_exception(const vector_case& c) {
-    return (c.final.regs[VR_SR] & SR_S) && c.final.regs[VR_SSP] == c.initial.regs[VR_SSP] - 6;
+// The real processor's final state shows entry through `vector`: supervisor mode, and the PC is
+// the vector's target (the vector's two words are among the memory the case lists). The stack
+// pointer's change is no evidence: CHK (A7)+ moves it before the frame is pushed.
+bool entered_exception(const vector_case& c, uint32_t vector) {
+    if (!vector || !(c.final.regs[VR_SR] & SR_S)) return false;
+    int found = 0;
+    uint32_t target = 0;
+    for (const vector_word& w : c.final.memory) {
+        if (w.address == vector * 4) target |= uint32_t(w.value) << 16, found |= 1;
+        if (w.address == vector * 4 + 2) target |= w.value, found |= 2;
+    }
+    return found == 3 && c.final.regs[VR_PC] == target + 4;
 }
 
 case_masks masks_for(const vector_case& c) {
     case_masks m;
     const uint16_t op = uint16_t(c.initial.prefetch[0]);
     const uint32_t final_sr = c.final.regs[VR_SR];
-    const bool trapped = can_trap(op) && entered_exception(c);
+    const bool trapped = entered_exception(c, trap_vector(op));
     const uint32_t frame = c.final.regs[VR_SSP];
 
     // Exception entry here sets S and keeps T; the real processor clears T.
@@ -133,20 +142,28 @@ const char* mask_reason_text(int i) {
 check_result check_case(const vector_case& c, const observed_state& got) {
     check_result result;
     const case_masks m = masks_for(c);
-    unsigned needed = 0;
     bool unforgiven = false;
 
-    auto compare = [&](std::string what, uint32_t expected, uint32_t actual, uint32_t mask, unsigned reasons) {
-        uint32_t diff = expected ^ actual;
+    // by_reason[i]: the bits that reason i forgives in this value.
+    auto compare = [&](std::string what, uint32_t expected, uint32_t actual, const uint32_t* by_reason) {
+        const uint32_t diff = expected ^ actual;
         if (!diff) return;
-        uint32_t forgiven = diff & mask;
-        result.differences.push_back({std::move(what), expected, actual, forgiven, forgiven ? reasons : 0});
-        if (diff & ~mask) unforgiven = true;
-        if (forgiven) needed |= reasons;
+        uint32_t forgiven = 0;
+        unsigned reasons = 0;
+        for (int i = 0; by_reason && i < MASK_REASON_COUNT; ++i) {
+            if (diff & by_reason[i]) reasons |= 1u << i;
+            forgiven |= diff & by_reason[i];
+        }
+        result.differences.push_back({std::move(what), expected, actual, forgiven, reasons});
+        if (diff & ~forgiven) unforgiven = true;
+        result.reasons |= reasons;
     };
 
-    for (int slot = 0; slot < VR_COUNT; ++slot)
-        compare(REG_NAMES[slot], c.final.regs[slot], got.regs[slot], m.regs[slot], m.reg_reasons[slot]);
+    for (int slot = 0; slot < VR_COUNT; ++slot) {
+        uint32_t by_reason[MASK_REASON_COUNT];
+        for (int i = 0; i < MASK_REASON_COUNT; ++i) by_reason[i] = m.regs[i][slot];
+        compare(REG_NAMES[slot], c.final.regs[slot], got.regs[slot], by_reason);
+    }
 
     for (size_t i = 0; i < c.final.memory.size(); ++i) {
         const vector_word& w = c.final.memory[i];
@@ -154,14 +171,14 @@ check_result check_case(const vector_case& c, const observed_state& got) {
         const bool stacked_sr = m.has_stacked_sr && w.address == m.stacked_sr_address;
         char what[32];
         std::snprintf(what, sizeof what, "mem 0x%06X", unsigned(w.address));
-        compare(what, w.value, actual, stacked_sr ? m.stacked_sr : 0, stacked_sr ? m.stacked_sr_reasons : 0);
+        compare(what, w.value, actual, stacked_sr ? m.stacked_sr : nullptr);
     }
 
     if (unforgiven) {
         result.outcome = verdict::failed;
+        result.reasons = 0;
     } else if (!result.differences.empty()) {
         result.outcome = verdict::masked;
-        result.reasons = needed;
     }
     return result;
 }

@@ -1,4 +1,4 @@
-// m68k-conformance DIR [--show N]: runs every single-instruction test vector in DIR through the
+// m68k-conformance [--show N] [--show-masked N] DIR: runs every single-instruction test vector in DIR through the
 // 68000 core, one instruction per case, and reports per file how many cases pass, fail, do not
 // apply to this machine (address errors) or pass only thanks to a documented difference.
 #include <algorithm>
@@ -78,7 +78,8 @@ void observe(const vector_case& c, observed_state& got) {
     got.regs[VR_USP] = supervisor ? cpu.other_sp : cpu.a[7];
     got.regs[VR_SSP] = supervisor ? cpu.a[7] : cpu.other_sp;
     got.regs[VR_SR] = cpu.sr;
-    got.regs[VR_PC] = cpu.pc + 4;
+    // A stopped processor prefetches nothing, so the vectors give STOP's PC without the usual +4.
+    got.regs[VR_PC] = cpu.pc + (cpu.stopped ? 0 : 4);
     got.memory.resize(c.final.memory.size());
     for (size_t i = 0; i < c.final.memory.size(); ++i) {
         got.memory[i] = ws_read16(test_memory, c.final.memory[i].address);
@@ -105,8 +106,8 @@ void append(std::string& out, const char* format, Args... args) {
     out += line;
 }
 
-void describe_failure(std::string& out, const vector_case& c, const check_result& r, int status) {
-    append(out, "  FAIL \"%s\" (opcode %04X%s)\n", c.name.c_str(), unsigned(c.initial.prefetch[0] & 0xFFFF),
+void describe_case(std::string& out, const char* label, const vector_case& c, const check_result& r, int status) {
+    append(out, "  %s \"%s\" (opcode %04X%s)\n", label, c.name.c_str(), unsigned(c.initial.prefetch[0] & 0xFFFF),
            (c.initial.regs[VR_SR] & 0x8000) ? ", trace bit set" : "");
     // The starting state, so a case can be reproduced by hand.
     const uint32_t* in = c.initial.regs;
@@ -116,25 +117,33 @@ void describe_failure(std::string& out, const vector_case& c, const check_result
            in[9], in[10], in[11], in[12], in[13], in[14], in[15], in[16], in[17], in[18]);
     if (status != M68K_OK) append(out, "    the core reported result %d (PC outside every fetch region)\n", status);
     for (const difference& d : r.differences) {
-        const char* note = d.forgiven == (d.expected ^ d.got) ? "  (masked)" : "";
+        std::string note;
+        for (int i = 0; i < MASK_REASON_COUNT; ++i)
+            if (d.reasons & (1u << i)) note += std::string(note.empty() ? "  (masked: " : "; ") + mask_reason_text(i);
+        if (!note.empty()) note += d.forgiven == (d.expected ^ d.got) ? ")" : ", partly)";
         if (d.what == "SR") {
             char want[6], have[6];
             print_flags(want, d.expected);
             print_flags(have, d.got);
             append(out, "    %-12s expected %04X %s   got %04X %s%s\n", d.what.c_str(), unsigned(d.expected), want,
-                        unsigned(d.got), have, note);
+                        unsigned(d.got), have, note.c_str());
         } else if (d.what.rfind("mem", 0) == 0) {
             append(out, "    %-12s expected %04X        got %04X%s\n", d.what.c_str(), unsigned(d.expected),
-                        unsigned(d.got), note);
+                        unsigned(d.got), note.c_str());
         } else {
             append(out, "    %-12s expected %08X    got %08X%s\n", d.what.c_str(), unsigned(d.expected),
-                        unsigned(d.got), note);
+                        unsigned(d.got), note.c_str());
         }
     }
 }
 
 // Runs one file; returns false when the file could not be used at all.
-bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
+struct options {
+    unsigned show = 0;         // failing cases to describe per file
+    unsigned show_masked = 0;  // masked cases to describe per file
+};
+
+bool run_file(const std::filesystem::path& path, const options& opt, totals& all) {
     std::string name = path.filename().string();
     name.resize(name.size() - std::strlen(SUFFIX));
     vector_file file;
@@ -144,7 +153,7 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
         return false;
     }
     totals here;
-    unsigned shown = 0;
+    unsigned shown = 0, shown_masked = 0;
     std::string details;
     observed_state got;
     for (const vector_case& c : file.cases) {
@@ -165,12 +174,16 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
             ++here.masked;
             for (int i = 0; i < MASK_REASON_COUNT; ++i)
                 if (r.reasons & (1u << i)) ++here.by_reason[i];
+            if (shown_masked < opt.show_masked) {
+                ++shown_masked;
+                describe_case(details, "MASKED", c, r, status);
+            }
             break;
         case verdict::failed:
             ++here.failed;
-            if (shown < show) {
+            if (shown < opt.show) {
                 ++shown;
-                describe_failure(details, c, r, status);
+                describe_case(details, "FAIL", c, r, status);
             }
             break;
         }
@@ -193,21 +206,22 @@ bool run_file(const std::filesystem::path& path, unsigned show, totals& all) {
 }
 
 int usage() {
-    std::fprintf(stderr, "usage: m68k-conformance [--show N] DIR\n");
+    std::fprintf(stderr, "usage: m68k-conformance [--show N] [--show-masked N] DIR\n");
     return 2;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    unsigned show = 0;
+    options opt;
     const char* dir = nullptr;
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--show") == 0 && i + 1 < argc) {
+        const bool show = std::strcmp(argv[i], "--show") == 0;
+        if ((show || std::strcmp(argv[i], "--show-masked") == 0) && i + 1 < argc) {
             char* end = nullptr;
             const unsigned long n = std::strtoul(argv[++i], &end, 10);
             if (*end || end == argv[i]) return usage();
-            show = unsigned(std::min(n, 1000000ul));
+            (show ? opt.show : opt.show_masked) = unsigned(std::min(n, 1000000ul));
         } else if (!dir && argv[i][0] != '-') {
             dir = argv[i];
         } else {
@@ -236,7 +250,7 @@ int main(int argc, char** argv) {
 
     totals all;
     bool files_ok = true;
-    for (const auto& path : files) files_ok &= run_file(path, show, all);
+    for (const auto& path : files) files_ok &= run_file(path, opt, all);
 
     std::printf("Masked: %u cases", all.masked);
     const char* sep = " (";
