@@ -1,6 +1,7 @@
-// m68k-conformance [--show N] [--show-masked N] DIR: runs every single-instruction test vector in DIR through the
-// 68000 core, one instruction per case, and reports per file how many cases pass, fail, do not
-// apply to this machine (address errors) or pass only thanks to a documented difference.
+// m68k-conformance [--show N] [--show-masked N] DIR: runs every single-instruction test vector
+// in DIR through the 68000 core, one instruction per case, and reports per file how many cases
+// pass, fail, do not apply to this machine (address errors) or pass only thanks to a documented
+// difference of this machine's 68000.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -234,11 +235,16 @@ int main(int argc, char** argv) {
     std::error_code ec;
     for (const auto& entry : std::filesystem::directory_iterator(dir, ec)) {
         const std::string fname = entry.path().filename().string();
-        if (fname.size() > std::strlen(SUFFIX) && fname.ends_with(SUFFIX) && entry.is_regular_file(ec))
+        std::error_code kind_error;
+        if (fname.size() > std::strlen(SUFFIX) && fname.ends_with(SUFFIX) && entry.is_regular_file(kind_error))
             files.push_back(entry.path());
     }
     if (ec) {
         std::fprintf(stderr, "m68k-conformance: cannot read directory %s: %s\n", dir, ec.message().c_str());
+        return 2;
+    }
+    if (files.empty()) {
+        std::fprintf(stderr, "m68k-conformance: no %s files in %s\n", SUFFIX, dir);
         return 2;
     }
     std::sort(files.begin(), files.end());
@@ -261,5 +267,5 @@ int main(int argc, char** argv) {
     }
     std::printf("%s\n", sep[0] == ';' ? ")" : "");
     std::printf("%u passed, %u failed\n", all.passed, all.failed);
-    return all.failed == 0 && files_ok && !files.empty() ? 0 : 1;
+    return all.failed == 0 && files_ok ? 0 : 1;
 }
