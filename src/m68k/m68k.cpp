@@ -123,12 +123,12 @@ uint32_t read_long_at(const uint8_t* p) {
     return rotate16(v);
 }
 
-// The host pointer of a fetch address when the whole long there lies in its region.
+// The host pointer of a reset vector, only when the whole long lies in its fetch region.
 const uint8_t* fetch_pointer_for_long(uint32_t address) {
-    uint32_t a = address & ADDRESS_MASK;
-    const m68k_fetch_region* r = find_fetch_region(a);
-    if (!r || a + 3 > r->high) return nullptr;
-    return reinterpret_cast<const uint8_t*>(r->offset + a);
+    const uint8_t* p = m68k_fetch_pointer(address);
+    if (!p) return nullptr;
+    const m68k_fetch_region* r = find_fetch_region(address & ADDRESS_MASK);
+    return (address & ADDRESS_MASK) + 3 <= r->high ? p : nullptr;
 }
 
 void exit_slice() {
@@ -185,6 +185,11 @@ uint32_t m68k_fetch_slow() {
     m68k_end_slice(M68K_NO_FETCH_REGION);
     m68k_run.fetch_ptr += 2;
     return 0xFFFF;
+}
+
+const uint8_t* m68k_fetch_pointer(uint32_t address) {
+    const m68k_fetch_region* r = find_fetch_region(address & ADDRESS_MASK);
+    return r ? reinterpret_cast<const uint8_t*>(r->offset + (address & ADDRESS_MASK)) : nullptr;
 }
 
 bool m68k_load_pc(uint32_t pc) {

@@ -81,6 +81,9 @@ inline uint32_t m68k_fetch32() {
 
 inline uint32_t m68k_current_pc() { return static_cast<uint32_t>(m68k_run.fetch_ptr - m68k_run.fetch_base); }
 
+// Host pointer of the byte that holds (address AND 0xFFFFFF) in the fetch regions, or null.
+const uint8_t* m68k_fetch_pointer(uint32_t address);
+
 // Points the fetch state at pc. Returns false, and ends the slice with result 1 and the pc's
 // low 24 bits kept for the context, when no fetch region holds it.
 bool m68k_load_pc(uint32_t pc);

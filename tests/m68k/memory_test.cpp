@@ -57,20 +57,6 @@ TEST_F(DataAccess, ClrSccAndMoveFromSrReadTheirDestinationBeforeWritingIt) {
                                               {'w', 2, 0xF00004, 0x2004}}));
 }
 
-TEST_F(DataAccess, ByteAccessesThroughTheStackPointerKeepItEven) {
-    code({0x1F00, 0x1E1F, 0x1D00});  // MOVE.B D0,-(A7); MOVE.B (A7)+,D7; MOVE.B D0,-(A6)
-    d(0) = 0x5A;
-    a(6) = 0x5000;
-    step();
-    EXPECT_EQ(a(7), STACK - 2);
-    EXPECT_EQ(get8(STACK - 2), 0x5A);
-    step();
-    EXPECT_EQ(a(7), STACK + 0u);
-    EXPECT_EQ(d(7), 0x5Au);
-    step();
-    EXPECT_EQ(a(6), 0x4FFFu);
-}
-
 TEST_F(DataAccess, DirectLongAccessesAtTheEndOfARegionStayInside) {
     // MOVE.L $FFFE,D0 reads the last word and all ones beyond; MOVE.L D1,$FFFE writes one word.
     put16(RAM_SIZE - 2, 0xBEEF);
