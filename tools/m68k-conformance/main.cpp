@@ -1,6 +1,6 @@
 // m68k-conformance [--show N] [--show-masked N] DIR: runs every single-instruction test vector
 // in DIR through the 68000 core, one instruction per case, and reports per file how many cases
-// pass, fail, do not apply to this machine (address errors) or pass only thanks to a documented
+// pass, fail, do not apply to this machine (address errors) or pass only thanks to a deliberate
 // difference of this machine's 68000.
 #include <algorithm>
 #include <cstdio>
