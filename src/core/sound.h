@@ -10,6 +10,21 @@
 
 #include <cstdint>
 
+// Register addresses.
+constexpr uint32_t JPIT1 = 0xF10000;   // timer 1 prescaler
+constexpr uint32_t JPIT2 = 0xF10002;   // timer 1 divider
+constexpr uint32_t JPIT3 = 0xF10004;   // timer 2 prescaler
+constexpr uint32_t JPIT4 = 0xF10006;   // timer 2 divider
+constexpr uint32_t JPIT2_READ = 0xF10038;  // reads back timer 1's divider
+constexpr uint32_t JOYSTICK = 0xF14000;
+constexpr uint32_t JOYBUTS = 0xF14002;
+constexpr uint32_t EEPROM_DATA_IN = 0xF14800;
+constexpr uint32_t EEPROM_RESET = 0xF15000;
+constexpr uint32_t LTXD = 0xF1A148;    // left sample out
+constexpr uint32_t RTXD = 0xF1A14C;    // right sample out
+constexpr uint32_t SCLK = 0xF1A150;    // serial clock divider
+constexpr uint32_t SMODE = 0xF1A154;   // serial mode
+
 struct sound_registers {
     uint32_t timer1_prescaler, timer1_divider;
     int32_t timer1_frequency;
@@ -18,10 +33,13 @@ struct sound_registers {
     uint16_t joystick_latch = 0xFFFF;  // as never written: every row deselected
     int32_t audio_rate;            // Hz
     uint32_t serial_mode;
-    uint32_t audio_left_count, audio_right_count;
+    uint32_t audio_left_count, audio_right_count;  // never above AUDIO_BUFFER_SAMPLES
 };
 
 extern sound_registers sound;
+
+// Starts a frame's sample collection: both buffers fill again from their first sample.
+void sound_begin_frame();
 
 uint16_t joypad_read_joystick(uint16_t latch);
 uint16_t joypad_read_buttons(uint16_t latch);

@@ -64,8 +64,14 @@ extern video_registers video;
 void video_reset();
 
 // Raises an INT1 source: when its enable bit is set, marks it pending and requests the
-// 68000's level-2 interrupt; otherwise nothing happens and nothing is remembered.
+// 68000's level-2 interrupt; otherwise nothing happens and nothing is remembered. A source
+// raised again while pending requests the interrupt again.
 void video_raise_interrupt(video_irq_source source);
+
+// Runs the video timer for the given number of system clocks (the frame scheduler: 844 per
+// line). When the countdown goes negative the timer source is raised and the countdown
+// restarts at SYSTEM_CLOCK_HZ / (frequency + 1); exactly 0 does not fire.
+void video_timer_advance(int32_t clocks);
 
 uint8_t gpu_read8(uint32_t address);
 uint16_t gpu_read16(uint32_t address);
