@@ -11,8 +11,11 @@
 // word, as the 2 MB RAM mirror does. No access leaves its buffer.
 #include "core/bus.h"
 
+#include "core/cdrom.h"
 #include "core/host.h"
 #include "core/memory.h"
+#include "core/sound.h"
+#include "core/video.h"
 #include "objproc/objproc.h"
 
 namespace {
@@ -86,9 +89,9 @@ uint8_t bus_read8(uint32_t address) {
     if (in(a, GPU_RAM_BASE, GPU_RAM_END)) return ws_read8(gpu_ram, a - GPU_RAM_BASE);
     if (a < CART_END) return ws_read8(cart_rom, a - CART_BASE);
     if (in(a, CLUT_BASE, CLUT_MIRROR)) return ws_read8(clut, a - CLUT_BASE);
-    if (in(a, GFX_BASE, SOUND_BASE)) return 0;
+    if (in(a, GFX_BASE, SOUND_BASE)) return gpu_read8(a);
     if (in(a, DSP_RAM_BASE, DSP_RAM_END)) return ws_read8(dsp_ram, a - DSP_RAM_BASE);
-    if (in(a, SOUND_BASE, SOUND_END)) return 0;
+    if (in(a, SOUND_BASE, SOUND_END)) return dsp_read8(a);
     if (a >= HIGH_BOOT_ROM_BASE) return ws_read8(boot_rom, a & BOOT_ROM_MASK);
     return 0;
 }
@@ -99,11 +102,11 @@ uint16_t bus_read16(uint32_t address) {
     if (in(a, GPU_RAM_BASE, GPU_RAM_END)) return read16_in(gpu_ram, a - GPU_RAM_BASE);
     if (in(a, CLUT_BASE, CLUT_MIRROR)) return read16_in(clut, a - CLUT_BASE);
     if (in(a, CLUT_MIRROR, CLUT_MIRROR + CLUT_SIZE)) return read16_in(clut, a - CLUT_MIRROR);
-    if (in(a, GFX_BASE, SOUND_BASE)) return 0;
+    if (in(a, GFX_BASE, SOUND_BASE)) return gpu_read16(a);
     if (in(a, DSP_RAM_BASE, DSP_RAM_END)) return read16_in(dsp_ram, a - DSP_RAM_BASE);
-    if (in(a, SOUND_BASE, SOUND_END)) return 0;
+    if (in(a, SOUND_BASE, SOUND_END)) return dsp_read16(a);
     if (a < CDROM_BASE) return read16_in(cart_rom, a - CART_BASE);
-    if (a < CART_END) return 0;
+    if (a < CART_END) return cdrom_read16(a);
     if (in(a, HIGH_BOOT_ROM_BASE, ADDRESS_MASK)) return read16_in(boot_rom, a & BOOT_ROM_MASK);
     return 0;
 }
@@ -116,12 +119,12 @@ uint32_t bus_read32(uint32_t address) {
         return read32_in(gpu_ram, a - GPU_RAM_MIRROR, GPU_RAM_SIZE);
     if (in(a, CLUT_BASE, CLUT_MIRROR)) return read32_in(clut, a - CLUT_BASE, CLUT_SIZE);
     if (in(a, LINE_BUFFER_BASE, LINE_BUFFER_END)) return read_line_buffer(a);
-    if (in(a, GFX_BASE, SOUND_BASE)) return 0;
+    if (in(a, GFX_BASE, SOUND_BASE)) return gpu_read32(a);
     if (in(a, DSP_RAM_BASE, DSP_RAM_END)) return read32_in(dsp_ram, a - DSP_RAM_BASE, DSP_RAM_SIZE);
     if (in(a, WAVE_TABLE_BASE, WAVE_TABLE_END)) return read_wave_table((a - WAVE_TABLE_BASE) & ~1u);
-    if (in(a, SOUND_BASE, SOUND_END)) return 0;
+    if (in(a, SOUND_BASE, SOUND_END)) return dsp_read32(a);
     if (a < CDROM_BASE) return read32_in(cart_rom, a - CART_BASE, CART_ROM_SIZE);
-    if (a < CART_END) return 0;
+    if (a < CART_END) return cdrom_read32(a);
     if (a < BOOT_ROM_END) return read32_in(boot_rom, a - BOOT_ROM_BASE, BOOT_ROM_SIZE);
     return 0;
 }
@@ -133,7 +136,10 @@ void bus_write8(uint32_t address, uint8_t value) {
         return;
     }
     if (a < GFX_BASE || a >= SOUND_BASE) return;
-    if (in(a, GPU_RAM_BASE, GPU_RAM_END)) ws_write8(gpu_ram, a - GPU_RAM_BASE, value);
+    if (in(a, GPU_RAM_BASE, GPU_RAM_END))
+        ws_write8(gpu_ram, a - GPU_RAM_BASE, value);
+    else
+        gpu_write8(a, value);  // byte writes to the CLUT included
 }
 
 void bus_write16(uint32_t address, uint16_t value) {
@@ -146,8 +152,14 @@ void bus_write16(uint32_t address, uint16_t value) {
         write16_in(clut, a - CLUT_BASE, value);
     else if (in(a, CLUT_MIRROR, CLUT_MIRROR + CLUT_SIZE))
         write16_in(clut, a - CLUT_MIRROR, value);
+    else if (in(a, GFX_BASE, SOUND_BASE))
+        gpu_write16(a, value);
     else if (in(a, DSP_RAM_BASE, DSP_RAM_END))
         write16_in(dsp_ram, a - DSP_RAM_BASE, value);
+    else if (in(a, SOUND_BASE, SOUND_END))
+        dsp_write16(a, value);
+    else if (in(a, CDROM_BASE, CART_END))
+        cdrom_write16(a, value);
 }
 
 void bus_write32(uint32_t address, uint32_t value) {
@@ -164,8 +176,16 @@ void bus_write32(uint32_t address, uint32_t value) {
         write32_in(clut, a - CLUT_BASE, CLUT_SIZE, value);
     else if (in(a, CLUT_MIRROR, CLUT_MIRROR + CLUT_SIZE))
         write32_in(clut, a - CLUT_MIRROR, CLUT_SIZE, value);
+    else if (in(a, GFX_BASE, SOUND_BASE))
+        gpu_write32(a, value);
     else if (in(a, DSP_RAM_BASE, DSP_RAM_END))
         write32_in(dsp_ram, a - DSP_RAM_BASE, DSP_RAM_SIZE, value);
+    else if (in(a, WAVE_TABLE_BASE, SOUND_END))
+        return;  // the wave-table ROM and the space above it take no long writes
+    else if (in(a, SOUND_BASE, SOUND_END))
+        dsp_write32(a, value);
+    else if (in(a, CDROM_BASE, CART_END))
+        cdrom_write32(a, value);
 }
 
 uint8_t* get_mem_pointer(uint32_t address, uint32_t* available) {

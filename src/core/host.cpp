@@ -116,6 +116,15 @@ bool load_boot_rom(const char* path) {
                       "Couldn't load boot rom file %s\n", "Boot ROM image", "boot ROM space");
 }
 
+// A missing or unreadable EEPROM file is no error: the cartridge starts with a blank EEPROM. A
+// shorter file fills the words it has; a longer one gives its first 128 bytes.
+void load_eeprom(const char* path) {
+    long size = 0;
+    if (load_file(path, reinterpret_cast<uint8_t*>(eeprom_image), EEPROM_SIZE, &size) == LOAD_TOO_LARGE)
+        log_printf("EEPROM file %s is %ld bytes; only its first %u were loaded.\n", path, size,
+                   EEPROM_SIZE);
+}
+
 }  // namespace
 
 extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
@@ -149,7 +158,7 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         if (!load_program_image(working_path, load_address)) return 0;
     } else {
         if (!load_cartridge(working_path)) return 0;
-        load_file(core_config.eeprom_path, reinterpret_cast<uint8_t*>(eeprom_image), EEPROM_SIZE);
+        load_eeprom(core_config.eeprom_path);
     }
     std::memcpy(eeprom_file_path, core_config.eeprom_path, PATH_SIZE);
 
