@@ -23,7 +23,7 @@ constexpr uint32_t DONE = 0x1002;
 class CartridgeFrames : public testing::Test {
 protected:
     void SetUp() override {
-        dir = scratch_dir();
+        dir = test_dir();
         eeprom_path = dir / "save.eep";
         joypad_slots[0] = vemo_joypad{};
     }

@@ -1,16 +1,14 @@
-// Shared helpers for the chip tests: a machine with its buffers but no loaded program, the
-// message text, the 68000's level-2 request slot, and scratch files.
+// Shared helpers for the chip tests: the chips with fresh registers and the machine's buffers
+// but no program, the message text, the 68000's level-2 request slot, scratch files.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -20,9 +18,26 @@
 #include "core/sound.h"
 #include "core/video.h"
 #include "m68k/m68k.h"
+#include "support/temp_files.h"
+
+using test_support::read_file;
 
 inline std::string last_message() { return log_text; }
 inline void clear_message() { log_text[0] = '\0'; }
+
+inline void write_file(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+// A scratch directory of the current test's own.
+inline std::filesystem::path test_dir() {
+    const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
+    std::filesystem::path dir = test_support::scratch_dir() / (std::string(info->test_suite_name()) + "." + info->name());
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    return dir;
+}
 
 // The graphics chip asks for the 68000's level-2 autovector (vector 26).
 inline bool level2_requested() { return m68k_context.irq_vector[1] == 26; }
@@ -31,28 +46,6 @@ inline void clear_requests() {
     m68k_context.irq_count = 0;
 }
 
-// A directory of its own for each test, removed afterwards.
-inline std::filesystem::path scratch_dir() {
-    const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-    std::filesystem::path dir = std::filesystem::temp_directory_path() /
-                                ("vemocore_" + std::to_string(getpid()) + "_" +
-                                 info->test_suite_name() + "_" + info->name());
-    std::filesystem::remove_all(dir);
-    std::filesystem::create_directories(dir);
-    return dir;
-}
-
-inline std::vector<uint8_t> read_file(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void write_file(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-// The chips with fresh registers and the machine's buffers, without a program running.
 class ChipTest : public testing::Test {
 protected:
     void SetUp() override {

@@ -8,7 +8,7 @@ class Eeprom : public ChipTest {
 protected:
     void SetUp() override {
         ChipTest::SetUp();
-        dir = scratch_dir();
+        dir = test_dir();
         save_path = dir / "game.eep";
         std::snprintf(eeprom_file_path, PATH_SIZE, "%s", save_path.c_str());
     }
@@ -40,8 +40,9 @@ protected:
     std::filesystem::path save_path;
 };
 
-TEST_F(Eeprom, WrittenWordReadsBackMostSignificantBitFirst) {
-    command(WRITE | 5);
+TEST_F(Eeprom, AWrittenWordReadsBackMostSignificantBitFirst) {
+    eeprom_image[5] = 0xFFFF;
+    command(WRITE | 5);  // no write-enable needed; the old bits are cleared first
     send(0xBEEF, 16);
     EXPECT_EQ(eeprom_image[5], 0xBEEF);
 
@@ -49,32 +50,19 @@ TEST_F(Eeprom, WrittenWordReadsBackMostSignificantBitFirst) {
     const int expected[16] = {1, 0, 1, 1, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 1};
     for (int bit : expected) EXPECT_EQ(dsp_read16(JOYSTICK) & 1, bit);
     EXPECT_EQ(dsp_read16(JOYSTICK) & 1, 1);  // idle again
-    EXPECT_EQ(dsp_read32(JOYSTICK), 0xFFFFFFFFu);
-}
 
-TEST_F(Eeprom, AWriteReplacesTheWholeWordWithoutAnEnable) {
-    eeprom_image[9] = 0xFFFF;
-    command(WRITE | 9);
-    send(0x1200, 16);
-    EXPECT_EQ(eeprom_image[9], 0x1200);
-}
-
-TEST_F(Eeprom, LongReadsOfTheJoystickPortClockTheEepromThroughBit16) {
-    eeprom_image[63] = 0x8001;
-    command(READ | 63);
-    EXPECT_EQ(dsp_read32(JOYSTICK) & 0x10000u, 0x10000u);
-    for (int n = 1; n < 15; ++n) EXPECT_EQ(dsp_read32(JOYSTICK) & 0x10000u, 0u) << n;
-    EXPECT_EQ(dsp_read16(JOYSTICK) & 1, 1);
-    // Byte reads of the port do not clock it.
+    eeprom_image[63] = 0x8001;  // long reads clock it through bit 16, byte reads not at all
     command(READ | 63);
     dsp_read8(JOYSTICK);
-    EXPECT_EQ(receive_word(), 0x8001);
+    EXPECT_EQ(dsp_read32(JOYSTICK) & 0x10000u, 0x10000u);
+    EXPECT_EQ(dsp_read32(JOYSTICK) & 0x10000u, 0u);
 }
 
-TEST_F(Eeprom, WriteDisableSavesAll128BytesLowByteFirst) {
+TEST_F(Eeprom, WriteDisableReplacesTheFileWithAll128BytesLowByteFirst) {
+    write_file(save_path, std::vector<uint8_t>(200, 0x77));
     command(WRITE | 5);
     send(0xBEEF, 16);
-    EXPECT_FALSE(std::filesystem::exists(save_path));  // nothing saved yet
+    EXPECT_EQ(read_file(save_path).size(), 200u);  // writing a word saves nothing yet
     command(WRITE_DISABLE);
     const std::vector<uint8_t> file = read_file(save_path);
     ASSERT_EQ(file.size(), 128u);
@@ -85,43 +73,27 @@ TEST_F(Eeprom, WriteDisableSavesAll128BytesLowByteFirst) {
     EXPECT_EQ(last_message(), "");
 }
 
-TEST_F(Eeprom, ASaveReplacesThePreviousFile) {
-    write_file(save_path, std::vector<uint8_t>(200, 0x77));
-    eeprom_image[0] = 0x0102;
-    command(WRITE_DISABLE);
-    const std::vector<uint8_t> file = read_file(save_path);
-    ASSERT_EQ(file.size(), 128u);
-    EXPECT_EQ(file[0], 0x02);
-    EXPECT_EQ(file[1], 0x01);
-    EXPECT_EQ(file[2], 0x00);
-}
-
-TEST_F(Eeprom, AFailedSaveLeavesThePreviousFileAsItWas) {
+TEST_F(Eeprom, AFailedSaveLeavesThePreviousFileAsItWasAndSaysWhy) {
     const std::vector<uint8_t> previous(128, 0x5A);
     write_file(save_path, previous);
     std::filesystem::create_directory(dir / "game.eep.tmp");  // the new copy cannot be written
     eeprom_image[0] = 0x1234;
     command(WRITE_DISABLE);
     EXPECT_EQ(read_file(save_path), previous);
-    EXPECT_NE(last_message().find("Couldn't save eeprom file"), std::string::npos);
-    EXPECT_NE(last_message().find(save_path.string()), std::string::npos);
+    EXPECT_NE(last_message().find("Couldn't save eeprom file " + save_path.string()), std::string::npos);
 
-    clear_message();
-    eeprom_file_path[0] = '\0';  // no file configured: nothing to write, and said so
-    command(WRITE_DISABLE);
-    EXPECT_NE(last_message().find("Couldn't save eeprom file"), std::string::npos);
-
-    std::snprintf(eeprom_file_path, PATH_SIZE, "%s", (dir / "missing" / "x.eep").c_str());
-    command(WRITE_DISABLE);
-    EXPECT_NE(last_message().find("Couldn't save eeprom file"), std::string::npos);
+    for (const std::string& unusable : {std::string(), (dir / "missing" / "x.eep").string()}) {
+        clear_message();
+        std::snprintf(eeprom_file_path, PATH_SIZE, "%s", unusable.c_str());
+        command(WRITE_DISABLE);
+        EXPECT_NE(last_message().find("Couldn't save eeprom file"), std::string::npos) << unusable;
+    }
 }
 
 TEST_F(Eeprom, UnsupportedCommandsAreLoggedAndChangeNothing) {
     eeprom_image[5] = 0x4444;
     command(0x1C5);  // erase word 5
     EXPECT_EQ(last_message(), "Unknown eeprom command 01C5\n");
-    EXPECT_EQ(eeprom_image[5], 0x4444);
-
     command(0x120);  // erase all
     EXPECT_EQ(last_message(), "Unknown eeprom command 0120\n");
     command(0x110);  // write all
@@ -132,28 +104,23 @@ TEST_F(Eeprom, UnsupportedCommandsAreLoggedAndChangeNothing) {
     clear_message();
     command(WRITE_ENABLE | 0xF);
     EXPECT_EQ(last_message(), "");
-    EXPECT_EQ(eeprom_image[5], 0x4444);
-    // The extended commands clear the command register themselves: a read follows at once.
-    send(READ | 5, 9);
+    send(READ | 5, 9);  // extended commands clear the register: a read decodes at once
     EXPECT_EQ(receive_word(), 0x4444);
 }
 
-TEST_F(Eeprom, BitsAfterAnUnrecognisedCommandKeepCollectingUntilAReset) {
-    command(0x000);  // no start bit
-    EXPECT_EQ(last_message(), "Unknown eeprom command 0000\n");
-    clear_message();
-    send(1, 1);  // the tenth bit lands at (8 - 9) mod 32 = bit 31
-    EXPECT_EQ(last_message(), "Unknown eeprom command 80000000\n");
-    command(READ | 1);  // after a reset commands decode again
-    EXPECT_EQ(receive_word(), 0);
-}
-
-TEST_F(Eeprom, ACommandAfterAReadWithoutResetDecodesFromBothCommandsBits) {
+TEST_F(Eeprom, TheCommandRegisterKeepsItsBitsUntilAReset) {
     eeprom_image[3] = 0xAAAA;
     eeprom_image[7] = 0x7777;
     command(READ | 3);
     EXPECT_EQ(receive_word(), 0xAAAA);
-    send(READ | 4, 9);  // ORed with the first command's bits: word 3 | 4 = 7
+    send(READ | 4, 9);  // ORed with the first command: word 3 | 4 = 7
+    EXPECT_EQ(receive_word(), 0x7777);
+
+    command(0x000);  // no start bit
+    EXPECT_EQ(last_message(), "Unknown eeprom command 0000\n");
+    send(1, 1);  // the tenth bit lands at (8 - 9) mod 32 = bit 31
+    EXPECT_EQ(last_message(), "Unknown eeprom command 80000000\n");
+    command(READ | 7);
     EXPECT_EQ(receive_word(), 0x7777);
 }
 
