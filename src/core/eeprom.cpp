@@ -97,7 +97,8 @@ bool write_image(const char* path) {
     }
     FILE* file = std::fopen(path, "w+b");
     if (!file) {
-        log_printf("Couldn't save eeprom file %s: %s.\n", eeprom_file_path, std::strerror(errno));
+        log_printf("Couldn't save eeprom file %s: cannot create %s (%s).\n", eeprom_file_path, path,
+                   std::strerror(errno));
         return false;
     }
     const bool written = std::fwrite(bytes, 2, EEPROM_WORDS, file) == EEPROM_WORDS &&

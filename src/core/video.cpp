@@ -17,7 +17,7 @@ constexpr uint32_t CPU_IRQ_AUTOVECTOR = 256;
 constexpr uint32_t INT1_SOURCE_MASK = 0x1F;
 
 // Registers outside the video block that this file answers itself.
-constexpr uint32_t G_CTRL_BYTE3 = 0xF02117;  // low byte of G_CTRL: probed by start-up code
+constexpr uint32_t G_CTRL_BYTE3 = 0xF02117;  // G_CTRL's low byte: byte accesses pass silently
 constexpr uint32_t G_CTRL = 0xF02114;
 constexpr uint32_t G_CTRL_CPUINT = 0x2;        // the GPU's request to interrupt the 68000
 constexpr uint32_t GPU_BLOCK_PROBE = 0xF020FC;  // reads 0
