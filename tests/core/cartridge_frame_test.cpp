@@ -102,6 +102,37 @@ TEST_F(CartridgeFrames, ProgramSeesTheControllerStateTheFrontEndSet) {
     vemo_set_joypad_state(1, &released);
 }
 
+// Each drawn row records its timing pair; which rows carry it shows which lines were drawn.
+TEST_F(CartridgeFrames, ObjectProcessorDrawsTheEvenLinesOfTheVerticalDisplayRange) {
+    start("cart_frame_counter");
+    std::memset(core_frame_info.row_timing, 0, sizeof core_frame_info.row_timing);
+    auto rows_with_width = [](int32_t width) {
+        vemo_frame_info info{};
+        vemo_get_frame_info(&info);
+        std::vector<int> rows;
+        for (int r = 0; r < 256; ++r)
+            if (info.row_timing[2 * r] == width) rows.push_back(r);
+        return rows;
+    };
+    video.hdb1 = 100;
+    video.vdb = 40;
+    video.vde = 520;
+    video.hde = 100 + 777;
+    run_frames(1);
+    const std::vector<int> first = rows_with_width(777);
+    ASSERT_EQ(first.size(), 240u);  // lines 40, 42, ..., 518
+    EXPECT_EQ(first.back(), 239);
+
+    // From an odd VDB the first drawn line is 42 and the last 518: rows 0 to 238.
+    video.vdb = 41;
+    video.hde = 100 + 778;
+    run_frames(1);
+    const std::vector<int> second = rows_with_width(778);
+    ASSERT_EQ(second.size(), 239u);
+    EXPECT_EQ(second.back(), 238);
+    EXPECT_EQ(rows_with_width(777), std::vector<int>{239});
+}
+
 TEST_F(CartridgeFrames, EepromSavesSurviveRestartingTheLibrary) {
     start("cart_eeprom_counter");
     run_frames(1);
