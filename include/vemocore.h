@@ -84,15 +84,17 @@ typedef struct vemo_joypad {
 } vemo_joypad;
 
 /* Allocates the machine, loads the images and starts every processor. Returns 1 on success,
- * 0 on failure (read the reason with vemo_get_error_string, then call vemo_shutdown). */
+ * 0 on failure (read the reason with vemo_get_error_string, then call vemo_shutdown; frames
+ * cannot run after a failed start). Calling it again without vemo_shutdown releases the
+ * previous machine first. */
 VEMO_API int32_t vemo_init(const vemo_config *config);
 
 /* Releases everything vemo_init allocated. Safe to call twice; the second call does nothing. */
 VEMO_API void vemo_shutdown(void);
 
 /* Emulates one video frame. Returns 1 when all 525 lines ran, 0 when the frame stopped early
- * (the reason is in vemo_get_error_string). Only between a successful vemo_init and
- * vemo_shutdown. */
+ * (the reason is in vemo_get_error_string). Frames run only between a successful vemo_init
+ * and vemo_shutdown; any other call returns 0 with a message. */
 VEMO_API int32_t vemo_run_frame(void);
 
 /* Stores the state of controller slot 0 or 1 (only slot 0 is wired to the console's ports).

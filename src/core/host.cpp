@@ -19,6 +19,7 @@ vemo_config core_config;
 vemo_joypad joypad_slots[2];
 char eeprom_file_path[PATH_SIZE];
 vemo_frame_info core_frame_info;
+bool machine_started;
 
 void log_printf(const char* format, ...) {
     va_list args;
@@ -134,6 +135,10 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
     }
     std::memcpy(&core_config, config, sizeof core_config);
 
+    // Starting again without a shut-down first releases the previous machine instead of
+    // leaking it.
+    machine_started = false;
+    memory_release();
     if (!memory_allocate()) {
         log_printf("Couldn't allocate the machine's memory.\n");
         return 0;
@@ -182,10 +187,12 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         return 0;
     }
     op_init();
+    machine_started = true;
     return 1;
 }
 
 extern "C" VEMO_API void vemo_shutdown(void) {
+    machine_started = false;
     memory_release();
     op_line_buffer = nullptr;  // it pointed into the frame buffer
 }

@@ -31,5 +31,8 @@ enum load_result { LOAD_FAILED = 0, LOAD_OK = 1, LOAD_TOO_LARGE = 2 };
 // *file_size (when given) holds its full length.
 load_result load_file(const char* path, uint8_t* destination, uint32_t capacity, long* file_size = nullptr);
 
+// True from a successful vemo_init until vemo_shutdown: only then may frames run.
+extern bool machine_started;
+
 // The core's frame-information record (row_timing is written by set_row_timing).
 extern vemo_frame_info core_frame_info;

@@ -63,7 +63,7 @@ bool line_is_displayed(int line) {
 }  // namespace
 
 extern "C" VEMO_API int32_t vemo_run_frame(void) {
-    if (!main_ram) {
+    if (!machine_started) {
         log_printf("vemo_run_frame: the machine is not initialised.\n");
         return 0;
     }

@@ -220,10 +220,17 @@ TEST_F(CartridgeFrames, AudioAndTimerTicksArePlacedOnlyForRunningSources) {
     sound = sound_registers{};
 }
 
-TEST(FrameWithoutMachine, RunFrameBeforeInitIsRefused) {
+TEST(FrameWithoutMachine, RunFrameBeforeInitOrAfterAFailedStartIsRefused) {
     vemo_shutdown();
     EXPECT_EQ(vemo_run_frame(), 0);
     EXPECT_EQ(std::string(vemo_get_error_string()), "vemo_run_frame: the machine is not initialised.\n");
+
+    vemo_config missing{};
+    std::snprintf(missing.rom_path, sizeof missing.rom_path, "/nonexistent/cartridge.j64");
+    EXPECT_EQ(vemo_init(&missing), 0);
+    EXPECT_EQ(vemo_run_frame(), 0);
+    EXPECT_EQ(std::string(vemo_get_error_string()), "vemo_run_frame: the machine is not initialised.\n");
+    vemo_shutdown();
 }
 
 }  // namespace

@@ -294,6 +294,12 @@ TEST_F(Host, ShutdownReleasesEverythingAndASecondCallDoesNothing) {
     vemo_shutdown();
     EXPECT_EQ(main_ram, nullptr);
 
+    // Starting again without a shut-down replaces the machine.
+    ASSERT_EQ(vemo_init(&config), 1);
+    ASSERT_EQ(vemo_init(&config), 1);
+    EXPECT_EQ(bus_read8(0x800001), 0x01);
+    vemo_shutdown();
+
     // A failed start leaves its buffers for vemo_shutdown, and the machine can start again.
     auto missing = cartridge_config((test_support::scratch_dir() / "nothing").string());
     EXPECT_EQ(vemo_init(&missing), 0);
