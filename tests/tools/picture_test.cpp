@@ -8,6 +8,7 @@
 
 #include "png_file.h"
 #include "png_read.h"
+#include "support/temp_files.h"
 
 namespace {
 
@@ -165,9 +166,8 @@ TEST(PictureFromFrame, AWidthWiderThanTheRowStopsAtItsLastCell) {
 
 class PngFiles : public ::testing::Test {
 protected:
-    std::filesystem::path dir = std::filesystem::temp_directory_path() /
-                                ("vemo_png_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-                                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::filesystem::path dir =
+        test_support::scratch_dir() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
     void SetUp() override { std::filesystem::create_directories(dir); }
     void TearDown() override { std::filesystem::remove_all(dir); }
 };

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/temp_files.h"
+
 namespace fs = std::filesystem;
 
 inline const std::string tool = std::string(VEMO_BIN_DIR) + "/vemo-run";
@@ -42,8 +44,8 @@ inline std::string shell_arg(const fs::path& path) {
 
 class VemoRun : public ::testing::Test {
 protected:
-    fs::path dir = fs::temp_directory_path() /
-                   ("vemo_run_" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+    // Per process, so that test runs in other build trees never share it.
+    fs::path dir = test_support::scratch_dir() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
     void SetUp() override {
         fs::remove_all(dir);
         fs::create_directories(dir);
