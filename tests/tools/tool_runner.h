@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 inline const std::string tool = std::string(VEMO_BIN_DIR) + "/vemo-run";
 inline const std::string test_pattern = std::string(VEMO_PROGRAM_DIR) + "/test_pattern.bin";
 inline const std::string bad_object = std::string(VEMO_PROGRAM_DIR) + "/bad_object.bin";
+inline const std::string rgb24_pattern = std::string(VEMO_PROGRAM_DIR) + "/rgb24_pattern.bin";
 
 struct tool_result {
     int status = -1;

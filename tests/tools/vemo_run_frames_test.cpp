@@ -74,3 +74,22 @@ TEST_F(VemoRun, PngDirWritesEveryKthFrameAsANumberedSeries) {
     EXPECT_EQ(p.width, 320);
     EXPECT_EQ(p.at(129, 120), 0x0000FFu);
 }
+
+// programs/rgb24_pattern.s: a 32-bit object in RGB 24 mode at 2 clocks per pixel. The object
+// renderer's cells and the picture's reading of them must agree on where red, green and blue are.
+TEST_F(VemoRun, Rgb24ProgramShowsItsPixelsInTheirOwnColours) {
+    const fs::path png = dir / "rgb24.png";
+    const tool_result r = run_tool("--program " + shell_arg(rgb24_pattern) + " --frames 3 --png " + shell_arg(png));
+    ASSERT_EQ(r.status, 0) << r.output;
+    png_rgb p;
+    ASSERT_TRUE(read_png(png.string(), p));
+    ASSERT_EQ(p.width, 640);
+    ASSERT_EQ(p.height, 20);
+    const uint32_t expected[] = {0xFF0000, 0x00FF00, 0x0000FF, 0x123456};
+    for (int y : {4, 7})
+        for (int i = 0; i < 8; ++i) EXPECT_EQ(p.at(600 + i, y), expected[i % 4]) << "pixel " << i << " of row " << y;
+    EXPECT_EQ(p.at(599, 4), 0u);
+    EXPECT_EQ(p.at(608, 4), 0u);
+    EXPECT_EQ(p.at(600, 3), 0u);
+    EXPECT_EQ(p.at(600, 8), 0u);
+}
