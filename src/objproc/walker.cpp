@@ -159,9 +159,8 @@ int op_process_line(int line) {
                 address = branch_taken(p0, line) ? link : a + 8;
                 break;
             case OBJ_STOP:
-                // The stop object's low 16 bits become OBF. They hold TYPE 4, so bit 0 is clear
-                // and the write never raises the object interrupt.
-                video.obf = static_cast<uint16_t>(p0);
+                // The low 16 bits hold TYPE 4, so bit 0 is clear: never the object interrupt.
+                gpu_write16(OBF, static_cast<uint16_t>(p0));
                 return 1;
             default:
                 log_printf("Object Processor error: Unhandled object %d at %08X, %08X %08X\n",

@@ -43,12 +43,14 @@ TEST_F(ObjectProcessorTest, GpuObjectFillsTheObjectDataAndStopObjectWritesObf) {
     put_stop(LIST + 8, 0x1234ABC0);
     put_object(LIST + 16, BITMAP, {});  // behind the stop: never reached
     put_words(DATA, {0x5555});
+    video.int1_enable = 1 << IRQ_OBJECT;
     EXPECT_EQ(op_process_line(FIRST_LINE), 1);
     EXPECT_EQ(video.ob_data[0], 0x1122);
     EXPECT_EQ(video.ob_data[1], 0x3344);
     EXPECT_EQ(video.ob_data[2], 0x5566);
     EXPECT_EQ(video.ob_data[3], 0x7702);
     EXPECT_EQ(video.obf, 0xABC4);
+    EXPECT_EQ(video.int1_pending, 0);  // bit 0 of the stored value is clear: no interrupt
     EXPECT_EQ(cell(0, 0), UNTOUCHED);
 }
 
