@@ -12,65 +12,48 @@ namespace {
 struct file_builder {
     std::vector<uint8_t> bytes;
 
+    explicit file_builder(uint32_t count) { u32(VECTOR_FILE_MAGIC), u32(count); }
     void u8(uint8_t v) { bytes.push_back(v); }
     void u16(uint16_t v) { u8(uint8_t(v)), u8(uint8_t(v >> 8)); }
     void u32(uint32_t v) { u16(uint16_t(v)), u16(uint16_t(v >> 16)); }
-    void patch32(size_t at, uint32_t v) {
-        for (int i = 0; i < 4; ++i) bytes[at + i] = uint8_t(v >> (8 * i));
-    }
-    size_t begin_block(uint32_t magic) {
-        size_t at = bytes.size();
-        u32(0);
-        u32(magic);
-        return at;
-    }
-    void end_block(size_t at) { patch32(at, uint32_t(bytes.size() - at)); }
-
-    void header(uint32_t count) {
-        u32(VECTOR_FILE_MAGIC);
-        u32(count);
+    // A block is its size (known once the body is written), its magic, then the body.
+    template <class Body> void block(uint32_t magic, Body body) {
+        const size_t at = bytes.size();
+        u32(0), u32(magic), body();
+        for (int i = 0; i < 4; ++i) bytes[at + i] = uint8_t((bytes.size() - at) >> (8 * i));
     }
     void state(const vector_state& s) {
-        size_t at = begin_block(VECTOR_STATE_MAGIC);
-        for (uint32_t r : s.regs) u32(r);
-        for (uint32_t p : s.prefetch) u32(p);
-        u32(uint32_t(s.memory.size()));
-        for (const vector_word& w : s.memory) u32(w.address), u16(w.value);
-        end_block(at);
+        block(VECTOR_STATE_MAGIC, [&] {
+            for (uint32_t r : s.regs) u32(r);
+            for (uint32_t p : s.prefetch) u32(p);
+            u32(uint32_t(s.memory.size()));
+            for (const vector_word& w : s.memory) u32(w.address), u16(w.value);
+        });
     }
     void add_case(const vector_case& c, uint8_t bus_kind) {
-        size_t at = bytes.size();
-        u32(0);
-        u32(VECTOR_CASE_MAGIC);
-        size_t name = begin_block(VECTOR_NAME_MAGIC);
-        u32(uint32_t(c.name.size()));
-        for (char ch : c.name) u8(uint8_t(ch));
-        end_block(name);
-        state(c.initial);
-        state(c.final);
-        size_t bus = begin_block(VECTOR_BUS_MAGIC);
-        u32(8);  // cycles
-        u32(2);
-        u8(0), u32(4);                                         // idle
-        u8(bus_kind), u32(4), u32(6), u32(0x1000), u32(0x4E71), u32(1), u32(1);
-        end_block(bus);
-        patch32(at, uint32_t(bytes.size() - at));
+        block(VECTOR_CASE_MAGIC, [&] {
+            block(VECTOR_NAME_MAGIC, [&] {
+                u32(uint32_t(c.name.size()));
+                for (char ch : c.name) u8(uint8_t(ch));
+            });
+            state(c.initial), state(c.final);
+            block(VECTOR_BUS_MAGIC, [&] {
+                u32(8), u32(2);   // cycles, transactions: idle 4, then one access of kind bus_kind
+                u8(BUS_IDLE), u32(4);
+                u8(bus_kind), u32(4), u32(6), u32(0x1000), u32(0x4E71), u32(1), u32(1);
+            });
+        });
     }
 };
 
 vector_case sample_case(const char* name, uint16_t opcode) {
-    vector_case c{};
-    c.name = name;
+    vector_case c{name, {}, {}, false};
     for (int i = 0; i < VR_COUNT; ++i) c.initial.regs[i] = 0x11111111u * uint32_t(i % 15 + 1);
-    c.initial.regs[VR_SR] = 0x2700;
-    c.initial.regs[VR_SSP] = 0x2000;
-    c.initial.regs[VR_PC] = 0x1004;
-    c.initial.prefetch[0] = opcode;
-    c.initial.prefetch[1] = 0x4E71;
+    c.initial.regs[VR_SR] = 0x2700, c.initial.regs[VR_SSP] = 0x2000, c.initial.regs[VR_PC] = 0x1004;
+    c.initial.prefetch[0] = opcode, c.initial.prefetch[1] = 0x4E71;
     c.initial.memory = {{0x1000, opcode}, {0x1002, 0x4E71}};
     c.final = c.initial;
-    c.final.regs[VR_PC] = 0x1006;
-    c.final.prefetch[0] = 0x4E71;
+    c.final.regs[VR_PC] = 0x1006, c.final.prefetch[0] = 0x4E71;
     return c;
 }
 
@@ -81,33 +64,31 @@ observed_state observe_expected(const vector_case& c) {
     return got;
 }
 
-TEST(M68kVectorFile, GoodCasesRoundTripAndAddressErrorsAreFlagged) {
-    file_builder f;
-    f.header(2);
-    vector_case nop = sample_case("000 NOP 4e71", 0x4E71);
-    f.add_case(nop, 2);
-    f.add_case(sample_case("001 MOVE.w (A0), D1 3210", 0x3210), 4);
+// How each field is read is checked by the conformance run over the real vector files; here,
+// what a file of hand-built cases yields.
+TEST(M68kVectorFile, CasesReadBackAndACaseWithOutOfRangeSizesIsSkipped) {
+    file_builder f(3);
+    vector_case odd = sample_case("001 bad address", 0x4E71);
+    odd.final.memory.push_back({0x1235, 0});
+    f.add_case(sample_case("000 NOP 4e71", 0x4E71), 2);
+    f.add_case(odd, 2);
+    f.add_case(sample_case("002 MOVE.w (A0), D1 3210", 0x3210), BUS_READ_ADDRESS_ERROR);
 
     vector_file file;
     ASSERT_TRUE(parse_vector_file(f.bytes.data(), f.bytes.size(), file));
-    EXPECT_TRUE(file.problems.empty());
     EXPECT_TRUE(file.fatal.empty());
+    ASSERT_EQ(file.problems.size(), 1u);
+    EXPECT_NE(file.problems[0].find("memory address out of range"), std::string::npos);
     ASSERT_EQ(file.cases.size(), 2u);
-    const vector_case& got = file.cases[0];
-    EXPECT_EQ(got.name, nop.name);
-    EXPECT_EQ(0, std::memcmp(got.initial.regs, nop.initial.regs, sizeof nop.initial.regs));
-    EXPECT_EQ(0, std::memcmp(got.final.regs, nop.final.regs, sizeof nop.final.regs));
-    EXPECT_EQ(got.initial.prefetch[0], 0x4E71u);
-    ASSERT_EQ(got.final.memory.size(), 2u);
-    EXPECT_EQ(got.final.memory[1].address, 0x1002u);
-    EXPECT_EQ(got.final.memory[1].value, 0x4E71u);
-    EXPECT_FALSE(got.address_error);
+    EXPECT_EQ(file.cases[0].name, "000 NOP 4e71");
+    EXPECT_EQ(file.cases[0].final.regs[VR_PC], 0x1006u);
+    EXPECT_FALSE(file.cases[0].address_error);
+    EXPECT_EQ(file.cases[1].name, "002 MOVE.w (A0), D1 3210");
     EXPECT_TRUE(file.cases[1].address_error);
 }
 
 TEST(M68kVectorFile, TruncatedOrCorruptFilesAreReportedNotRead) {
-    file_builder f;
-    f.header(2);
+    file_builder f(2);
     f.add_case(sample_case("000 NOP 4e71", 0x4E71), 2);
     f.add_case(sample_case("001 NOP 4e71", 0x4E71), 2);
     const size_t first_case_end = 8 + (f.bytes.size() - 8) / 2;
@@ -121,36 +102,18 @@ TEST(M68kVectorFile, TruncatedOrCorruptFilesAreReportedNotRead) {
         EXPECT_LE(file.cases.size(), cut >= first_case_end ? 1u : 0u) << "cut at " << cut;
         EXPECT_FALSE(file.fatal.empty() && file.problems.empty()) << "cut at " << cut;
     }
-
-    std::vector<uint8_t> bad = f.bytes;
-    bad[0] ^= 0xFF;
+    f.bytes[0] ^= 0xFF;
     vector_file file;
-    EXPECT_FALSE(parse_vector_file(bad.data(), bad.size(), file));
+    EXPECT_FALSE(parse_vector_file(f.bytes.data(), f.bytes.size(), file));
     EXPECT_EQ(file.fatal, "bad file magic");
 }
 
-TEST(M68kVectorFile, CaseWithOutOfRangeSizesIsSkippedAndTheNextOneRead) {
-    file_builder f;
-    f.header(2);
-    vector_case odd = sample_case("000 bad address", 0x4E71);
-    odd.final.memory.push_back({0x1235, 0});
-    f.add_case(odd, 2);
-    f.add_case(sample_case("001 NOP 4e71", 0x4E71), 2);
-
-    vector_file file;
-    ASSERT_TRUE(parse_vector_file(f.bytes.data(), f.bytes.size(), file));
-    ASSERT_EQ(file.problems.size(), 1u);
-    EXPECT_NE(file.problems[0].find("memory address out of range"), std::string::npos);
-    ASSERT_EQ(file.cases.size(), 1u);
-    EXPECT_EQ(file.cases[0].name, "001 NOP 4e71");
-}
-
-TEST(M68kCaseCheck, ExactMatchPassesAndAnyOtherDifferenceFails) {
-    vector_case c = sample_case("NOP", 0x4E71);
+TEST(M68kCaseCheck, ExactMatchPassesAndDivideOverflowForgivesOnlyNAndZ) {
+    vector_case c = sample_case("DIVU D1, D0 80c1", 0x80C1);
+    c.final.regs[VR_SR] = 0x2700 | 0x0A;  // the real chip: N and V
     c.final.memory.push_back({0x3000, 0xBEEF});
     observed_state got = observe_expected(c);
     EXPECT_EQ(check_case(c, got).outcome, verdict::passed);
-
     got.memory[2] = 0xBEEE;
     check_result r = check_case(c, got);
     EXPECT_EQ(r.outcome, verdict::failed);
@@ -158,22 +121,12 @@ TEST(M68kCaseCheck, ExactMatchPassesAndAnyOtherDifferenceFails) {
     EXPECT_EQ(r.differences[0].what, "mem 0x003000");
 
     got = observe_expected(c);
-    got.regs[VR_PC] += 2;
-    EXPECT_EQ(check_case(c, got).outcome, verdict::failed);
-}
-
-TEST(M68kCaseCheck, DivideOverflowForgivesOnlyNAndZ) {
-    vector_case c = sample_case("DIVU D1, D0 80c1", 0x80C1);
-    c.final.regs[VR_SR] = 0x2700 | 0x0A;  // the real chip: N and V
-    observed_state got = observe_expected(c);
     got.regs[VR_SR] = 0x2700 | 0x02;  // this machine: V only
-    check_result r = check_case(c, got);
+    r = check_case(c, got);
     EXPECT_EQ(r.outcome, verdict::masked);
     EXPECT_EQ(r.reasons, unsigned(MASK_DIV_OVERFLOW_FLAGS));
-
     got.regs[VR_SR] = 0x2700 | 0x0B;  // C is defined on both: still a fault
     EXPECT_EQ(check_case(c, got).outcome, verdict::failed);
-
     // The same difference on an instruction without the exemption is a fault.
     c.initial.prefetch[0] = 0xC0C1;  // MULU
     got.regs[VR_SR] = 0x2700 | 0x02;
@@ -185,8 +138,7 @@ TEST(M68kCaseCheck, TraceBitKeptOnlyWhenTheInstructionTrapped) {
     trap.initial.regs[VR_SR] = 0xA700;
     trap.final.regs[VR_SR] = 0x2700;  // the real chip clears T
     trap.final.regs[VR_SSP] = trap.initial.regs[VR_SSP] - 6;
-    trap.final.memory.push_back({0x84, 0x0000});  // vector 33 -> 0x5000
-    trap.final.memory.push_back({0x86, 0x5000});
+    trap.final.memory.insert(trap.final.memory.end(), {{0x84, 0x0000}, {0x86, 0x5000}});  // vector 33 -> 0x5000
     trap.final.regs[VR_PC] = 0x5004;
     observed_state got = observe_expected(trap);
     got.regs[VR_SR] = 0xA700;
@@ -195,11 +147,9 @@ TEST(M68kCaseCheck, TraceBitKeptOnlyWhenTheInstructionTrapped) {
     // TRAP #2 would have gone through another vector: the real chip did not take this one.
     trap.initial.prefetch[0] = 0x4E42;
     EXPECT_EQ(check_case(trap, got).outcome, verdict::failed);
-
     // LINK A7,#-2 moves SSP by 6 too, but enters no exception: T must match.
-    vector_case link = trap;
-    link.initial.prefetch[0] = 0x4E57;
-    EXPECT_EQ(check_case(link, got).outcome, verdict::failed);
+    trap.initial.prefetch[0] = 0x4E57;
+    EXPECT_EQ(check_case(trap, got).outcome, verdict::failed);
 }
 
 }  // namespace

@@ -3,12 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <vector>
 
-#include "png_file.h"
 #include "png_read.h"
-#include "support/temp_files.h"
 
 namespace {
 
@@ -21,179 +18,105 @@ uint32_t rgb(int32_t mode, int32_t var, uint32_t cell) {
 struct fake_frame {
     std::vector<uint32_t> cells = std::vector<uint32_t>(FRAME_ROWS * FRAME_CELLS, 0);
     vemo_frame_info info{};
+    rgb_picture picture;
 
-    fake_frame() {
-        info.frame_buffer = cells.data();
-        info.frame_pitch = FRAME_CELLS;
-    }
+    fake_frame() { info.frame_buffer = cells.data(), info.frame_pitch = FRAME_CELLS; }
     void draw_row(int row, int32_t active_width, int32_t divisor, uint32_t cell) {
-        info.row_timing[2 * row] = active_width;
-        info.row_timing[2 * row + 1] = divisor;
-        for (int x = 0; x < FRAME_CELLS; ++x) cells[row * FRAME_CELLS + x] = cell;
+        info.row_timing[2 * row] = active_width, info.row_timing[2 * row + 1] = divisor;
+        std::fill_n(&cells[row * FRAME_CELLS], FRAME_CELLS, cell);
+    }
+    const rgb_picture& convert() {
+        picture_from_frame(info, picture);
+        return picture;
     }
 };
 
-}  // namespace
+const int32_t CRY = COLOUR_MODE_CRY, RGB16 = COLOUR_MODE_RGB16, RGB24 = COLOUR_MODE_RGB24;
 
-TEST(CryCells, FullIntensityShowsThePublishedTableColour) {
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0x00FF), 0x0000FFu);  // chroma 0x00: blue
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0xF0FF), 0xFF0000u);  // red
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0xFFFF), 0xFFFF00u);  // yellow
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0x8FFF), 0x11FF00u);  // chroma 0x8F
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0x59FF), 0xAAFFFFu);  // chroma 0x59
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0x1EFF), 0x13FFF0u);  // chroma 0x1E
-}
-
-TEST(CryCells, IntensityScalesTheColourRoundedToNearest) {
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0xF000), 0x000000u);
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0xF080), 0x800000u);  // 255 * 128 / 255
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0x8840), 0x3E403Au);  // (247, 255, 230) * 64 / 255 = 61.99, 64, 57.7
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0x0F01), 0x000101u);
-}
-
-TEST(CryCells, OnlyTheLow16BitsOfACellCount) {
-    EXPECT_EQ(rgb(COLOUR_MODE_CRY, 0, 0xABCD00FF), 0x0000FFu);
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0x1234F800), 0xFF0000u);
-}
-
-TEST(Rgb16Cells, FieldsAreRedBlueGreenWidenedTo8Bits) {
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0xF800), 0xFF0000u);  // bits 15-11 red
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0x07C0), 0x0000FFu);  // bits 10-6 blue
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0x003F), 0x00FF00u);  // bits 5-0 green
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0xFFFF), 0xFFFFFFu);
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0x0000), 0x000000u);
-    // Top bits repeat into the low bits: red 10000b -> 10000100b, green 100000b -> 10000010b.
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0x8420), 0x848284u);
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB16, 0, 0x0841), 0x080408u);
-}
-
-TEST(Rgb16Cells, DirectModeShowsTheRawValueAsRgb16) {
+TEST(PictureCells, EachColourModeShowsItsOwnColour) {
+    const struct {
+        int32_t mode, var;
+        uint32_t cell, colour;
+    } cases[] = {
+        // CRY at full intensity: the published table colour of the chroma byte
+        {CRY, 0, 0x00FF, 0x0000FF}, {CRY, 0, 0xF0FF, 0xFF0000}, {CRY, 0, 0xFFFF, 0xFFFF00},
+        {CRY, 0, 0x8FFF, 0x11FF00}, {CRY, 0, 0x59FF, 0xAAFFFF}, {CRY, 0, 0x1EFF, 0x13FFF0},
+        // intensity scales it, rounded to nearest: (247, 255, 230) * 64 / 255 = 61.99, 64, 57.7
+        {CRY, 0, 0xF000, 0x000000}, {CRY, 0, 0xF080, 0x800000}, {CRY, 0, 0x8840, 0x3E403A}, {CRY, 0, 0x0F01, 0x000101},
+        // RGB 16: red 15-11, blue 10-6, green 5-0, each field's top bits repeated into its low bits
+        {RGB16, 0, 0xF800, 0xFF0000}, {RGB16, 0, 0x07C0, 0x0000FF}, {RGB16, 0, 0x003F, 0x00FF00},
+        {RGB16, 0, 0xFFFF, 0xFFFFFF}, {RGB16, 0, 0x0000, 0x000000}, {RGB16, 0, 0x8420, 0x848284},
+        {RGB16, 0, 0x0841, 0x080408},
+        // only the low 16 bits of a cell count
+        {CRY, 0, 0xABCD00FF, 0x0000FF}, {RGB16, 0, 0x1234F800, 0xFF0000},
+        // RGB 24: the cell is 0, red, green, blue, whatever the variable mode
+        {RGB24, 0, 0x00123456, 0x123456}, {RGB24, 0, 0xAB123456, 0x123456}, {RGB24, 1, 0x00FF0001, 0xFF0001},
+    };
+    for (const auto& c : cases) EXPECT_EQ(rgb(c.mode, c.var, c.cell), c.colour) << c.mode << " " << std::hex << c.cell;
+    // Direct 16-bit mode shows the raw value as RGB 16.
     for (uint32_t v : {0x0000u, 0xF800u, 0x07C0u, 0x8421u, 0xFFFFu})
-        EXPECT_EQ(rgb(COLOUR_MODE_DIRECT16, 0, v), rgb(COLOUR_MODE_RGB16, 0, v)) << std::hex << v;
-}
-
-TEST(VariableMode, BitZeroOfEachCellChoosesCryOrRgb16) {
-    for (int32_t mode : {COLOUR_MODE_CRY, COLOUR_MODE_DIRECT16, COLOUR_MODE_RGB16}) {
+        EXPECT_EQ(rgb(COLOUR_MODE_DIRECT16, 0, v), rgb(RGB16, 0, v)) << std::hex << v;
+    // In variable mode bit 0 of each cell chooses CRY (0) or RGB 16 (1), whatever the mode.
+    for (int32_t mode : {CRY, COLOUR_MODE_DIRECT16, RGB16}) {
         EXPECT_EQ(rgb(mode, 1, 0xF0FE), 0xFE0000u) << mode;  // CRY red at Y 254
-        EXPECT_EQ(rgb(mode, 1, 0xF0FF), 0xF7FF18u) << mode;              // RGB 16: r 30, b 3, g 63
-        EXPECT_EQ(rgb(mode, 1, 0x0001), 0x000400u) << mode;              // RGB 16 green 1
+        EXPECT_EQ(rgb(mode, 1, 0xF0FF), 0xF7FF18u) << mode;  // RGB 16: r 30, b 3, g 63
+        EXPECT_EQ(rgb(mode, 1, 0x0001), 0x000400u) << mode;  // RGB 16 green 1
     }
 }
 
-TEST(Rgb24Cells, CellIsZeroRedGreenBlueAndIgnoresVariableMode) {
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB24, 0, 0x00123456), 0x123456u);
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB24, 0, 0xAB123456), 0x123456u);
-    EXPECT_EQ(rgb(COLOUR_MODE_RGB24, 1, 0x00FF0001), 0xFF0001u);
-}
+TEST(PictureSize, RowsAreClocksOverClocksPerPixelLimitedToTheBuffer) {
+    // A divisor of 0 (no video mode set yet): the Object Processor draws one cell per clock.
+    const int32_t widths[][3] = {{1280, 4, 320}, {3, 4, 0}, {640, 0, 640},
+                                 {-1280, 4, 0},  {0x7FFFFFFF, 1, FRAME_CELLS}, {5000, -2, FRAME_CELLS}};
+    for (const auto& w : widths) EXPECT_EQ(picture_row_width(w[0], w[1]), w[2]) << w[0] << " / " << w[1];
 
-TEST(RowWidth, IsClocksDividedByClocksPerPixelWithinTheRow) {
-    EXPECT_EQ(picture_row_width(1280, 4), 320);
-    EXPECT_EQ(picture_row_width(3, 4), 0);
-    // Before a video mode is set the divisor is 0 and the Object Processor draws one cell per clock.
-    EXPECT_EQ(picture_row_width(640, 0), 640);
-    // Widths outside the row are limited, never negative.
-    EXPECT_EQ(picture_row_width(-1280, 4), 0);
-    EXPECT_EQ(picture_row_width(0x7FFFFFFF, 1), FRAME_CELLS);
-    EXPECT_EQ(picture_row_width(5000, -2), FRAME_CELLS);
-}
-
-TEST(PictureHeight, RunsToTheLastRowWithAWidth) {
+    // The height runs to the last row with a width of at least one pixel.
     int32_t timing[2 * FRAME_ROWS] = {};
     EXPECT_EQ(picture_height(timing), 0);
-    timing[2 * 0] = 1280;
-    timing[2 * 0 + 1] = 4;
-    timing[2 * 99] = 1280;
-    timing[2 * 99 + 1] = 4;
-    EXPECT_EQ(picture_height(timing), 100);
-    timing[2 * 255] = 1280;
-    timing[2 * 255 + 1] = 4;
+    for (int row : {0, 99, 255}) timing[2 * row] = 1280, timing[2 * row + 1] = 4;
     EXPECT_EQ(picture_height(timing), 256);
-    timing[2 * 255] = 2;  // narrower than one pixel: not a displayed row
+    timing[2 * 255] = 2;
     EXPECT_EQ(picture_height(timing), 100);
 }
 
 TEST(PictureFromFrame, CropsEachRowToItsWidthAndPadsNarrowRowsWithBlack) {
     fake_frame f;
-    f.info.color_mode = COLOUR_MODE_RGB24;
+    f.info.color_mode = RGB24;
     f.draw_row(0, 1280, 4, 0x00FF0000);  // 320 pixels
     f.draw_row(1, 640, 4, 0x0000FF00);   // 160 pixels
     f.draw_row(2, 1280, 4, 0x000000FF);
-    rgb_picture p;
-    picture_from_frame(f.info, p);
+    const rgb_picture& p = f.convert();
     ASSERT_EQ(p.width, 320);
     ASSERT_EQ(p.height, 3);
     ASSERT_EQ(p.pixels.size(), 320u * 3 * 3);
-    auto at = [&](int x, int y) {
-        const uint8_t* q = &p.pixels[(y * 320 + x) * 3];
-        return (uint32_t{q[0]} << 16) | (uint32_t{q[1]} << 8) | q[2];
-    };
-    EXPECT_EQ(at(319, 0), 0xFF0000u);
-    EXPECT_EQ(at(159, 1), 0x00FF00u);
-    EXPECT_EQ(at(160, 1), 0x000000u);  // beyond the row's width: not shown
-    EXPECT_EQ(at(0, 2), 0x0000FFu);
+    EXPECT_EQ(pixel(p, 319, 0), 0xFF0000u);
+    EXPECT_EQ(pixel(p, 159, 1), 0x00FF00u);
+    EXPECT_EQ(pixel(p, 160, 1), 0x000000u);
+    EXPECT_EQ(pixel(p, 0, 2), 0x0000FFu);
+
+    // A width wider than the row stops at its last cell: the very last cell of the buffer is
+    // read, no further.
+    f.draw_row(255, 0x10000, 1, 0x00ABCDEF);
+    const rgb_picture& wide = f.convert();
+    ASSERT_EQ(wide.width, FRAME_CELLS);
+    ASSERT_EQ(wide.height, FRAME_ROWS);
+    EXPECT_EQ(pixel(wide, FRAME_CELLS - 1, FRAME_ROWS - 1), 0xABCDEFu);
+    EXPECT_EQ(pixel(wide, 320, 0), 0u);
 }
 
 TEST(PictureFromFrame, NothingDrawnOrNoUsableBufferGivesAnEmptyPicture) {
     fake_frame f;
-    rgb_picture p;
-    picture_from_frame(f.info, p);
-    EXPECT_EQ(p.width * p.height, 0);
-    EXPECT_TRUE(p.pixels.empty());
-
+    EXPECT_TRUE(f.convert().pixels.empty());
+    EXPECT_EQ(f.picture.width * f.picture.height, 0);
     f.draw_row(0, 1280, 4, 0);
     for (int32_t pitch : {0, -1024, FRAME_CELLS + 1}) {
         f.info.frame_pitch = pitch;
-        picture_from_frame(f.info, p);
-        EXPECT_TRUE(p.pixels.empty()) << pitch;
+        EXPECT_TRUE(f.convert().pixels.empty()) << pitch;
     }
     f.info.frame_pitch = FRAME_CELLS;
     f.info.frame_buffer = nullptr;
-    picture_from_frame(f.info, p);
-    EXPECT_TRUE(p.pixels.empty());
+    EXPECT_TRUE(f.convert().pixels.empty());
+
 }
 
-TEST(PictureFromFrame, AWidthWiderThanTheRowStopsAtItsLastCell) {
-    fake_frame f;
-    f.info.color_mode = COLOUR_MODE_RGB24;
-    f.draw_row(255, 0x10000, 1, 0x00ABCDEF);  // the very last cell of the buffer is read, no further
-    rgb_picture p;
-    picture_from_frame(f.info, p);
-    ASSERT_EQ(p.width, FRAME_CELLS);
-    ASSERT_EQ(p.height, FRAME_ROWS);
-    EXPECT_EQ(p.pixels[p.pixels.size() - 3], 0xAB);
-    EXPECT_EQ(p.pixels[0], 0x00);  // row 0 was not drawn
-}
-
-class PngFiles : public ::testing::Test {
-protected:
-    std::filesystem::path dir =
-        test_support::scratch_dir() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    void SetUp() override { std::filesystem::create_directories(dir); }
-    void TearDown() override { std::filesystem::remove_all(dir); }
-};
-
-TEST_F(PngFiles, PictureReadsBackPixelForPixel) {
-    rgb_picture p;
-    p.width = 3;
-    p.height = 2;
-    p.pixels = {255, 0, 0, 0, 255, 0, 0, 0, 255, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-    std::string error;
-    const std::string path = (dir / "p.png").string();
-    ASSERT_TRUE(write_png(path, p, error)) << error;
-    png_rgb back;
-    ASSERT_TRUE(read_png(path, back));
-    EXPECT_EQ(back.width, 3);
-    EXPECT_EQ(back.height, 2);
-    EXPECT_EQ(back.pixels, p.pixels);
-}
-
-TEST_F(PngFiles, AnEmptyPictureIsOneBlackPixel) {
-    std::string error;
-    const std::string path = (dir / "empty.png").string();
-    ASSERT_TRUE(write_png(path, rgb_picture{}, error)) << error;
-    png_rgb back;
-    ASSERT_TRUE(read_png(path, back));
-    EXPECT_EQ(back.width, 1);
-    EXPECT_EQ(back.height, 1);
-    EXPECT_EQ(back.at(0, 0), 0u);
-}
+}  // namespace
