@@ -31,13 +31,11 @@ struct fake_frame {
     }
 };
 
-const int32_t CRY = COLOUR_MODE_CRY, RGB16 = COLOUR_MODE_RGB16, RGB24 = COLOUR_MODE_RGB24;
+const int32_t CRY = COLOUR_MODE_CRY, RGB16 = COLOUR_MODE_RGB16, DIRECT = COLOUR_MODE_DIRECT16;
+const int32_t RGB24 = COLOUR_MODE_RGB24;
 
 TEST(PictureCells, EachColourModeShowsItsOwnColour) {
-    const struct {
-        int32_t mode, var;
-        uint32_t cell, colour;
-    } cases[] = {
+    const struct { int32_t mode, var; uint32_t cell, colour; } cases[] = {
         // CRY at full intensity: the published table colour of the chroma byte
         {CRY, 0, 0x00FF, 0x0000FF}, {CRY, 0, 0xF0FF, 0xFF0000}, {CRY, 0, 0xFFFF, 0xFFFF00},
         {CRY, 0, 0x8FFF, 0x11FF00}, {CRY, 0, 0x59FF, 0xAAFFFF}, {CRY, 0, 0x1EFF, 0x13FFF0},
@@ -47,21 +45,18 @@ TEST(PictureCells, EachColourModeShowsItsOwnColour) {
         {RGB16, 0, 0xF800, 0xFF0000}, {RGB16, 0, 0x07C0, 0x0000FF}, {RGB16, 0, 0x003F, 0x00FF00},
         {RGB16, 0, 0xFFFF, 0xFFFFFF}, {RGB16, 0, 0x0000, 0x000000}, {RGB16, 0, 0x8420, 0x848284},
         {RGB16, 0, 0x0841, 0x080408},
+        // direct 16-bit mode shows the raw value as RGB 16
+        {DIRECT, 0, 0xF800, 0xFF0000}, {DIRECT, 0, 0x07C0, 0x0000FF}, {DIRECT, 0, 0x8421, 0x848684},
+        // variable mode, whatever the mode: cell bit 0 picks CRY (0) or RGB 16 (1), 0xF0FF is r 30, b 3, g 63
+        {CRY, 1, 0xF0FE, 0xFE0000}, {CRY, 1, 0xF0FF, 0xF7FF18}, {CRY, 1, 0x0001, 0x000400},
+        {DIRECT, 1, 0xF0FE, 0xFE0000}, {DIRECT, 1, 0xF0FF, 0xF7FF18}, {DIRECT, 1, 0x0001, 0x000400},
+        {RGB16, 1, 0xF0FE, 0xFE0000}, {RGB16, 1, 0xF0FF, 0xF7FF18}, {RGB16, 1, 0x0001, 0x000400},
         // only the low 16 bits of a cell count
         {CRY, 0, 0xABCD00FF, 0x0000FF}, {RGB16, 0, 0x1234F800, 0xFF0000},
         // RGB 24: the cell is 0, red, green, blue, whatever the variable mode
         {RGB24, 0, 0x00123456, 0x123456}, {RGB24, 0, 0xAB123456, 0x123456}, {RGB24, 1, 0x00FF0001, 0xFF0001},
     };
     for (const auto& c : cases) EXPECT_EQ(rgb(c.mode, c.var, c.cell), c.colour) << c.mode << " " << std::hex << c.cell;
-    // Direct 16-bit mode shows the raw value as RGB 16.
-    for (uint32_t v : {0x0000u, 0xF800u, 0x07C0u, 0x8421u, 0xFFFFu})
-        EXPECT_EQ(rgb(COLOUR_MODE_DIRECT16, 0, v), rgb(RGB16, 0, v)) << std::hex << v;
-    // In variable mode bit 0 of each cell chooses CRY (0) or RGB 16 (1), whatever the mode.
-    for (int32_t mode : {CRY, COLOUR_MODE_DIRECT16, RGB16}) {
-        EXPECT_EQ(rgb(mode, 1, 0xF0FE), 0xFE0000u) << mode;  // CRY red at Y 254
-        EXPECT_EQ(rgb(mode, 1, 0xF0FF), 0xF7FF18u) << mode;  // RGB 16: r 30, b 3, g 63
-        EXPECT_EQ(rgb(mode, 1, 0x0001), 0x000400u) << mode;  // RGB 16 green 1
-    }
 }
 
 TEST(PictureSize, RowsAreClocksOverClocksPerPixelLimitedToTheBuffer) {

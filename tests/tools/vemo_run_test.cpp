@@ -20,45 +20,32 @@ namespace fs = std::filesystem;
 
 const std::string program_dir = VEMO_PROGRAM_DIR;
 
-struct tool_result {
-    int status = -1;
-    std::string output;  // stdout and stderr together
-};
-
-// Single-quoted for the shell (the test paths hold no quote). Appended, since GCC 12 warns
-// wrongly about "'" + string.
-std::string arg(const fs::path& path) {
-    std::string quoted(1, '\'');
-    quoted += path.string();
-    return quoted += '\'';
-}
+// Single-quoted for the shell (the test paths hold no quote).
+std::string arg(const fs::path& path) { return std::string(1, '\'').append(path.string()).append(1, '\''); }
 
 const std::string test_pattern = arg(program_dir + "/test_pattern.bin");
-
-tool_result run_tool(const std::string& arguments) {
-    tool_result result;
-    FILE* pipe = popen((arg(std::string(VEMO_BIN_DIR) + "/vemo-run") + " " + arguments + " 2>&1").c_str(), "r");
-    if (!pipe) return result;
-    char buffer[4096];
-    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) result.output.append(buffer, n);
-    const int status = pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
 
 class VemoRun : public ::testing::Test {
 protected:
     fs::path dir = test_support::scratch_dir() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::string output;  // stdout and stderr of the last run, together
+
     void SetUp() override { fs::create_directories(dir); }
     void TearDown() override { fs::remove_all(dir); }
 
-    std::string output;
-
+    // Runs vemo-run as a user would; returns its exit status.
+    int run(const std::string& arguments) {
+        output.clear();
+        FILE* pipe = popen((arg(std::string(VEMO_BIN_DIR) + "/vemo-run") + " " + arguments + " 2>&1").c_str(), "r");
+        if (!pipe) return -1;
+        char buffer[4096];
+        for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
+        const int status = pclose(pipe);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
     // Runs the program and reads back the picture of its last frame.
     rgb_picture picture_of(const std::string& arguments) {
-        const tool_result r = run_tool(arguments + " --png " + arg(dir / "p.png"));
-        output = r.output;
-        EXPECT_EQ(r.status, 0) << r.output;
+        EXPECT_EQ(run(arguments + " --png " + arg(dir / "p.png")), 0) << output;
         return read_png((dir / "p.png").string());
     }
 };
@@ -72,18 +59,13 @@ TEST_F(VemoRun, EveryFailureEndsTheRunWithItsMessageAndStatus) {
     config.load_program = 1;
     config.load_address = 0x300000;
     ASSERT_EQ(vemo_init(&config), 0);
-    std::string core_message = vemo_get_error_string();
+    const std::string core_message = vemo_get_error_string();
     vemo_shutdown();
-    while (!core_message.empty() && core_message.back() == '\n') core_message.pop_back();
     ASSERT_FALSE(core_message.empty());
 
     const std::string missing = (dir / "missing.j64").string(), program = "--program " + test_pattern;
     const std::string bad_object = "--program " + arg(program_dir + "/bad_object.bin") + " --frames 10";
-    const struct {
-        std::string arguments;
-        int status;
-        std::string message;
-    } cases[] = {
+    const struct { std::string arguments; int status; std::string message; } cases[] = {
         {arg(missing), 2, "cannot read cartridge image '" + missing + "': No such file"},
         {"--program " + arg(missing), 2, "cannot read program image '" + missing + "': No such file"},
         {test_pattern + " --boot-rom " + arg(missing), 2, "cannot read boot ROM image"},
@@ -99,21 +81,19 @@ TEST_F(VemoRun, EveryFailureEndsTheRunWithItsMessageAndStatus) {
         {program + " --frames 1 --png " + arg(dir / "no" / "such" / "p.png"), 1, "cannot write"},
     };
     for (const auto& c : cases) {
-        const tool_result r = run_tool(c.arguments);
-        EXPECT_EQ(r.status, c.status) << c.arguments;
-        EXPECT_NE(r.output.find(c.message), std::string::npos) << c.arguments << "\n" << r.output;
-        EXPECT_TRUE(c.status != 2 || r.output.find("frames run") == std::string::npos) << c.arguments;
+        EXPECT_EQ(run(c.arguments), c.status) << c.arguments;
+        EXPECT_NE(output.find(c.message), std::string::npos) << c.arguments << "\n" << output;
+        EXPECT_TRUE(c.status != 2 || output.find("frames run") == std::string::npos) << c.arguments;
     }
 }
 
-// programs/test_pattern.s on screen: CRY colours through the CLUT of an 8-bit bitmap, 16-bit CRY
-// pixels, and the background fill, on 320 x 240 pixels; the run's summary, and every 2nd frame
-// in a numbered series.
+// programs/test_pattern.s on screen (CLUT, 16-bit CRY and background colours), the run's summary
+// and every 2nd frame in a numbered series.
 TEST_F(VemoRun, TestPatternProgramBecomesTheExpectedPictures) {
     const fs::path series = dir / "series" / "deeper";  // created when missing
     // The pattern runs from any address; an EEPROM file that does not exist yet is fine.
-    const rgb_picture p = picture_of("--program " + test_pattern + " --load-address 16384 --frames 5 --every 2 --eeprom " +
-                                 arg(dir / "new.eeprom") + " --png-dir " + arg(series));
+    const rgb_picture p = picture_of("--program " + test_pattern + " --load-address 16384 --frames 5 --every 2 " +
+                                     "--eeprom " + arg(dir / "new.eeprom") + " --png-dir " + arg(series));
     for (const char* line : {"frames run: 5 of 5\n", "wall time: ", "frames per second: ", "core's last message: "})
         EXPECT_NE(output.find(line), std::string::npos) << line << "\n" << output;
     std::vector<std::string> names;
@@ -125,10 +105,7 @@ TEST_F(VemoRun, TestPatternProgramBecomesTheExpectedPictures) {
     ASSERT_EQ(p.width, 320);   // 1280 clocks at 4 clocks per pixel
     ASSERT_EQ(p.height, 240);  // lines 40 to 519
     const uint32_t bg = 0x3E403A, marker = 0xF7FFE6;  // CRY 0x8840, 0x88FF
-    const struct {
-        int x, y;
-        uint32_t colour;
-    } pixels[] = {
+    const struct { int x, y; uint32_t colour; } pixels[] = {
         // background, around and between the objects
         {0, 0, bg}, {319, 239, bg}, {100, 15, bg}, {100, 80, bg}, {31, 20, bg}, {288, 20, bg}, {150, 119, bg},
         {150, 152, bg}, {127, 130, bg}, {192, 130, bg},
@@ -141,7 +118,7 @@ TEST_F(VemoRun, TestPatternProgramBecomesTheExpectedPictures) {
         {128, 120, marker}, {129, 120, 0x0000FF}, {159, 135, 0x0000FF}, {160, 120, 0xFFFF00}, {191, 135, 0xFFFF00},
         {128, 151, marker}, {130, 136, 0x00FFFF}, {180, 151, 0x008080},
     };
-    for (const auto& px : pixels) EXPECT_EQ(pixel(p, px.x, px.y), px.colour) << "pixel (" << px.x << ", " << px.y << ")";
+    for (const auto& px : pixels) EXPECT_EQ(pixel(p, px.x, px.y), px.colour) << px.x << ", " << px.y;
 
     // With no frame run no row was displayed: the picture is one black pixel, so that the
     // requested file still exists.
@@ -158,9 +135,8 @@ TEST_F(VemoRun, Rgb24ProgramShowsItsPixelsInTheirOwnColours) {
     ASSERT_EQ(p.height, 20);
     const uint32_t expected[] = {0xFF0000, 0x00FF00, 0x0000FF, 0x123456};
     for (int y : {4, 7})
-        for (int i = 0; i < 8; ++i) EXPECT_EQ(pixel(p, 600 + i, y), expected[i % 4]) << "pixel " << i << " of row " << y;
-    for (const auto& [x, y] : {std::pair{599, 4}, std::pair{608, 4}, std::pair{600, 3}, std::pair{600, 8}})
-        EXPECT_EQ(pixel(p, x, y), 0u) << x << ", " << y;
+        for (int i = 0; i < 8; ++i) EXPECT_EQ(pixel(p, 600 + i, y), expected[i % 4]) << i << ", " << y;
+    for (const auto& [x, y] : {std::pair{599, 4}, {608, 4}, {600, 3}, {600, 8}}) EXPECT_EQ(pixel(p, x, y), 0u) << x;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 start:
         move.l  #0x001FF000, %sp
         lea     LIST, %a0
-        type_only_object 5
+        clr.l   (%a0)+
+        move.l  #5, (%a0)+              | TYPE 5
         video_on 0x06C1, 0, 520
 idle:   bra.s   idle

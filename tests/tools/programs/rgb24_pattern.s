@@ -1,8 +1,6 @@
-| RGB 24 test: a 640 x 20 picture (2 clocks per pixel) with one 32-bit bitmap object.
-|
-| The object is 8 x 4 pixels at x 600, rows 4-7: red, green, blue, 0x123456, then the same four
-| again. A 32-bit pixel is stored as the bytes green, red, 0, blue. Background fill with BG 0
-| makes every other displayed cell black.
+| RGB 24 test: a 640 x 20 picture (2 clocks per pixel), black (BG 0) but for one 32-bit bitmap
+| object of 8 x 4 pixels at x 600, rows 4-7: red, green, blue, 0x123456, then the same four
+| again. A 32-bit pixel is stored as the bytes green, red, 0, blue.
         .include "video.s"
         .equ    BITMAP,  0x20000        | 32 bytes per row, 4 rows
 
@@ -19,7 +17,8 @@ start:
 
         lea     LIST, %a0               | 2 pixels per phrase
         bitmap_object 48, 4, LIST+16, BITMAP, 600, 5, 1, 4, 4
-        type_only_object 4
+        clr.l   (%a0)+                  | stop object
+        move.l  #4, (%a0)+
 | Video on, RGB 24 (bits 2-1 = 1), background fill, 2 clocks per pixel (bits 11-9 = 1).
         video_on 0x0283, 0, 80
 idle:   bra.s   idle

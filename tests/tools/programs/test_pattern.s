@@ -59,7 +59,8 @@ start:
         lea     LIST, %a0               | bitmap 1 -> bitmap 2 -> stop
         bitmap_object 40+32, 64, LIST+16, BITMAP8, 32, 3, 1, 32, 32
         bitmap_object 40+240, 32, LIST+32, BITMAP16, 128, 4, 1, 16, 16
-        type_only_object 4
+        clr.l   (%a0)+                  | stop object
+        move.l  #4, (%a0)+
 | Video on, CRY, background fill (bit 7), 4 clocks per pixel (bits 11-9 = 3); lines 40-519.
         video_on 0x06C1, 0x8840, 520
 idle:   bra.s   idle

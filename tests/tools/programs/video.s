@@ -1,5 +1,5 @@
-| Included by the test programs: the registers they use and the set-up they share. Every
-| picture is 1280 clocks wide from clock 166 and starts at line 40; the object list is at LIST.
+| Included by the test programs. Every picture is 1280 clocks wide from clock 166 and starts
+| at line 40; the object list is at LIST.
 
         .equ    OLP_LO,  0xF00020       | object list pointer, bits 15-0
         .equ    OLP_HI,  0xF00022       | bits 31-16
@@ -21,12 +21,6 @@
         move.l  #((((\link) >> 3) & 0xFF) << 24) + ((\height) << 14) + ((\ypos) << 3), (%a0)+
         move.l  #((\iwidth) >> 4), (%a0)+
         move.l  #(((\iwidth) & 0xF) << 28) + ((\dwidth) << 18) + ((\pitch) << 15) + ((\depth) << 12) + (\xpos), (%a0)+
-        .endm
-
-| A one-phrase object with only its type set at (%a0)+; type 4 is the stop object.
-        .macro  type_only_object type
-        clr.l   (%a0)+
-        move.l  #\type, (%a0)+
         .endm
 
 | Video registers last, so that nothing half-built is shown.
