@@ -16,6 +16,7 @@ struct file_builder {
     void u8(uint8_t v) { bytes.push_back(v); }
     void u16(uint16_t v) { u8(uint8_t(v)), u8(uint8_t(v >> 8)); }
     void u32(uint32_t v) { u16(uint16_t(v)), u16(uint16_t(v >> 16)); }
+    void text(const std::string& t) { bytes.insert(bytes.end(), t.begin(), t.end()); }
     // A block is its size (known once the body is written), its magic, then the body.
     template <class Body> void block(uint32_t magic, Body body) {
         const size_t at = bytes.size();
@@ -32,14 +33,10 @@ struct file_builder {
     }
     void add_case(const vector_case& c, uint8_t bus_kind) {
         block(VECTOR_CASE_MAGIC, [&] {
-            block(VECTOR_NAME_MAGIC, [&] {
-                u32(uint32_t(c.name.size()));
-                for (char ch : c.name) u8(uint8_t(ch));
-            });
+            block(VECTOR_NAME_MAGIC, [&] { u32(uint32_t(c.name.size())), text(c.name); });
             state(c.initial), state(c.final);
             block(VECTOR_BUS_MAGIC, [&] {
-                u32(8), u32(2);   // cycles, transactions: idle 4, then one access of kind bus_kind
-                u8(BUS_IDLE), u32(4);
+                u32(8), u32(2), u8(BUS_IDLE), u32(4);  // 8 cycles: idle for 4, then an access of bus_kind
                 u8(bus_kind), u32(4), u32(6), u32(0x1000), u32(0x4E71), u32(1), u32(1);
             });
         });

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "png_read.h"
@@ -18,17 +19,14 @@ uint32_t rgb(int32_t mode, int32_t var, uint32_t cell) {
 struct fake_frame {
     std::vector<uint32_t> cells = std::vector<uint32_t>(FRAME_ROWS * FRAME_CELLS, 0);
     vemo_frame_info info{};
-    rgb_picture picture;
+    rgb_picture picture;  // reused, as a front-end reuses its picture frame after frame
 
     fake_frame() { info.frame_buffer = cells.data(), info.frame_pitch = FRAME_CELLS; }
     void draw_row(int row, int32_t active_width, int32_t divisor, uint32_t cell) {
         info.row_timing[2 * row] = active_width, info.row_timing[2 * row + 1] = divisor;
         std::fill_n(&cells[row * FRAME_CELLS], FRAME_CELLS, cell);
     }
-    const rgb_picture& convert() {
-        picture_from_frame(info, picture);
-        return picture;
-    }
+    const rgb_picture& convert() { return picture_from_frame(info, picture), picture; }
 };
 
 const int32_t CRY = COLOUR_MODE_CRY, RGB16 = COLOUR_MODE_RGB16, DIRECT = COLOUR_MODE_DIRECT16;

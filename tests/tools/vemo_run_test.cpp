@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "png_read.h"
 #include "support/temp_files.h"
@@ -96,10 +95,8 @@ TEST_F(VemoRun, TestPatternProgramBecomesTheExpectedPictures) {
                                      "--eeprom " + arg(dir / "new.eeprom") + " --png-dir " + arg(series));
     for (const char* line : {"frames run: 5 of 5\n", "wall time: ", "frames per second: ", "core's last message: "})
         EXPECT_NE(output.find(line), std::string::npos) << line << "\n" << output;
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(series)) names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<std::string>{"frame-000002.png", "frame-000004.png"}));
+    EXPECT_EQ(std::distance(fs::directory_iterator(series), fs::directory_iterator()), 2);
+    EXPECT_TRUE(fs::exists(series / "frame-000002.png"));
     EXPECT_EQ(read_png((series / "frame-000004.png").string()).pixels, p.pixels);
 
     ASSERT_EQ(p.width, 320);   // 1280 clocks at 4 clocks per pixel
