@@ -125,11 +125,9 @@ TEST(M68kCaseCheck, ExactMatchPassesAndDivideOverflowForgivesOnlyNAndZ) {
 
 TEST(M68kCaseCheck, TraceBitKeptOnlyWhenTheInstructionTrapped) {
     vector_case trap = sample_case("TRAP #1 4e41", 0x4E41);
-    trap.initial.regs[VR_SR] = 0xA700;
-    trap.final.regs[VR_SR] = 0x2700;  // the real chip clears T
-    trap.final.regs[VR_SSP] = trap.initial.regs[VR_SSP] - 6;
+    trap.initial.regs[VR_SR] = 0xA700, trap.final.regs[VR_SR] = 0x2700;  // the real chip clears T
+    trap.final.regs[VR_SSP] = trap.initial.regs[VR_SSP] - 6, trap.final.regs[VR_PC] = 0x5004;
     trap.final.memory.insert(trap.final.memory.end(), {{0x84, 0x0000}, {0x86, 0x5000}});  // vector 33 -> 0x5000
-    trap.final.regs[VR_PC] = 0x5004;
     observed_state got = observe_expected(trap);
     got.regs[VR_SR] = 0xA700;
     EXPECT_EQ(check_case(trap, got).outcome, verdict::masked);

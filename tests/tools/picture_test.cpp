@@ -57,19 +57,11 @@ TEST(PictureCells, EachColourModeShowsItsOwnColour) {
     for (const auto& c : cases) EXPECT_EQ(rgb(c.mode, c.var, c.cell), c.colour) << c.mode << " " << std::hex << c.cell;
 }
 
-TEST(PictureSize, RowsAreClocksOverClocksPerPixelLimitedToTheBuffer) {
+TEST(PictureRowWidth, IsClocksOverClocksPerPixelLimitedToTheRow) {
     // A divisor of 0 (no video mode set yet): the Object Processor draws one cell per clock.
     const int32_t widths[][3] = {{1280, 4, 320}, {3, 4, 0}, {640, 0, 640},
                                  {-1280, 4, 0},  {0x7FFFFFFF, 1, FRAME_CELLS}, {5000, -2, FRAME_CELLS}};
     for (const auto& w : widths) EXPECT_EQ(picture_row_width(w[0], w[1]), w[2]) << w[0] << " / " << w[1];
-
-    // The height runs to the last row with a width of at least one pixel.
-    int32_t timing[2 * FRAME_ROWS] = {};
-    EXPECT_EQ(picture_height(timing), 0);
-    for (int row : {0, 99, 255}) timing[2 * row] = 1280, timing[2 * row + 1] = 4;
-    EXPECT_EQ(picture_height(timing), 256);
-    timing[2 * 255] = 2;
-    EXPECT_EQ(picture_height(timing), 100);
 }
 
 TEST(PictureFromFrame, CropsEachRowToItsWidthAndPadsNarrowRowsWithBlack) {
@@ -78,6 +70,7 @@ TEST(PictureFromFrame, CropsEachRowToItsWidthAndPadsNarrowRowsWithBlack) {
     f.draw_row(0, 1280, 4, 0x00FF0000);  // 320 pixels
     f.draw_row(1, 640, 4, 0x0000FF00);   // 160 pixels
     f.draw_row(2, 1280, 4, 0x000000FF);
+    f.draw_row(3, 2, 4, 0x00FFFFFF);  // narrower than one pixel: not a displayed row
     const rgb_picture& p = f.convert();
     ASSERT_EQ(p.width, 320);
     ASSERT_EQ(p.height, 3);
