@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstring>
 
 #include "core/host.h"
@@ -16,7 +15,7 @@
 namespace optest {
 
 constexpr uint32_t LIST = 0x1000, DATA = 0x10000, UNTOUCHED = 0xDEADBEEF;
-constexpr int FIRST_LINE = 40;
+constexpr int FIRST_LINE = 40, UNSCALED = -1;
 enum { DEPTH1, DEPTH2, DEPTH4, DEPTH8, DEPTH16, DEPTH32 };
 enum { REFLECT = 1, RMW = 2, TRANS = 4 };
 enum { BITMAP = 0, SCALED = 1 };
@@ -30,23 +29,23 @@ struct bitmap {
 
 inline int line_of_row(int row) { return FIRST_LINE + 2 * row; }
 inline uint32_t& cell(int row, int x) { return frame_buffer[row * FRAME_PITCH + x]; }
+// Checks the cells of frame-buffer row `row` from column `x` on.
+inline void expect_cells(int row, int x, std::initializer_list<uint32_t> cells) {
+    for (int i = 0; i < static_cast<int>(cells.size()); ++i)
+        EXPECT_EQ(cell(row, x + i), cells.begin()[i]) << "row " << row << ", x " << x + i;
+}
 
+// Phrases wrap inside the 2 MB of RAM, as the RAM mirror gives them.
 inline void put_phrase(uint32_t address, uint64_t v) {
-    ws_write32(main_ram, address, static_cast<uint32_t>(v >> 32));
-    ws_write32(main_ram, address + 4, static_cast<uint32_t>(v));
-}
-inline uint64_t header_phrase(int type, const bitmap& b) {
-    return uint64_t(type) | uint64_t(b.ypos & 0x7FF) << 3 | uint64_t(b.height) << 14 |
-           uint64_t(b.link / 8) << 24 | uint64_t(b.data / 8) << 43;
-}
-inline uint64_t layout_phrase(const bitmap& b) {
-    return uint64_t(b.xpos & 0xFFF) | uint64_t(b.depth) << 12 | uint64_t(b.pitch) << 15 |
-           uint64_t(b.dwidth) << 18 | uint64_t(b.iwidth) << 28 | uint64_t(b.index) << 38 |
-           uint64_t(b.flags) << 45 | uint64_t(b.firstpix) << 49;
+    ws_write32(main_ram, address % MAIN_RAM_SIZE, static_cast<uint32_t>(v >> 32));
+    ws_write32(main_ram, address % MAIN_RAM_SIZE + 4, static_cast<uint32_t>(v));
 }
 inline void put_object(uint32_t address, int type, const bitmap& b, int hscale = 0, int vscale = 0) {
-    put_phrase(address, header_phrase(type, b));
-    put_phrase(address + 8, layout_phrase(b));
+    put_phrase(address, uint64_t(type) | uint64_t(b.ypos & 0x7FF) << 3 | uint64_t(b.height) << 14 |
+                            uint64_t(b.link / 8) << 24 | uint64_t(b.data / 8) << 43);
+    put_phrase(address + 8, uint64_t(b.xpos & 0xFFF) | uint64_t(b.depth) << 12 | uint64_t(b.pitch) << 15 |
+                                uint64_t(b.dwidth) << 18 | uint64_t(b.iwidth) << 28 | uint64_t(b.index) << 38 |
+                                uint64_t(b.flags) << 45 | uint64_t(b.firstpix) << 49);
     if (type == SCALED) put_phrase(address + 16, uint64_t(hscale) | uint64_t(vscale) << 8);
 }
 inline void put_branch(uint32_t address, int ypos, int cc, uint32_t target) {
@@ -55,14 +54,14 @@ inline void put_branch(uint32_t address, int ypos, int cc, uint32_t target) {
 inline void put_stop(uint32_t address, uint64_t bits = 0) { put_phrase(address, (bits & ~7ull) | 4); }
 
 // Bitmap data as the console holds it: big-endian bytes and words.
-inline void put_bytes(uint32_t address, std::initializer_list<uint8_t> bytes) {
-    for (uint8_t b : bytes) ws_write8(main_ram, address++, b);
+inline void put_bytes(uint32_t a, std::initializer_list<uint8_t> v) {
+    for (uint8_t b : v) ws_write8(main_ram, a++, b);
 }
-inline void put_words(uint32_t address, std::initializer_list<uint16_t> words) {
-    for (uint16_t w : words) {
-        ws_write16(main_ram, address, w);
-        address += 2;
-    }
+inline void put_words(uint32_t a, std::initializer_list<uint16_t> v) {
+    for (uint16_t w : v) ws_write16(main_ram, a, w), a += 2;
+}
+inline void count_bytes(int n) {  // DATA + i holds i
+    for (int i = 0; i < n; ++i) ws_write8(main_ram, DATA + i, static_cast<uint8_t>(i));
 }
 inline void set_clut(int entry, uint16_t colour) { ws_write16(clut, entry * 2, colour); }
 inline void number_clut() {  // CLUT[k] = 0x100 + k
@@ -87,23 +86,29 @@ protected:
         memory_release();
     }
 
-    // Draws the line of frame-buffer row `row` with a list of one bitmap object and a stop. YPOS
-    // counts from that row's line, so the object's image row 0 falls on it.
-    void draw_one(bitmap b, int row = 0) {
-        b.ypos += 2 * row;
+    // Draws `line` with a list of one object and a stop; HSCALE UNSCALED makes a plain bitmap.
+    void draw_at(int line, bitmap b, int hscale = UNSCALED, int vscale = 32) {
         b.link = LIST + 0x100;
-        put_object(LIST, BITMAP, b);
-        put_stop(LIST + 0x100);
-        op_process_line(line_of_row(row));
-    }
-    // Draws `line` with a list of one scaled object and a stop.
-    void draw_scaled(bitmap b, int hscale, int vscale, int line = FIRST_LINE) {
-        b.link = LIST + 0x100;
-        put_object(LIST, SCALED, b, hscale, vscale);
+        put_object(LIST, hscale == UNSCALED ? BITMAP : SCALED, b, hscale, vscale);
         put_stop(LIST + 0x100);
         op_process_line(line);
+    }
+    // Draws row `row` so, YPOS counting from that row's line: image row 0 falls on it.
+    void draw_one(bitmap b, int row = 0, int hscale = UNSCALED) {
+        b.ypos += 2 * row;
+        draw_at(line_of_row(row), b, hscale);
+    }
+    // Each case: one object drawn alone on its row, then that row's cells from x on.
+    struct shown { bitmap b; int row, x; std::initializer_list<uint32_t> cells; int hscale = UNSCALED; };
+    void expect_shown(std::initializer_list<shown> cases) {
+        for (const shown& s : cases) {
+            draw_one(s.b, s.row, s.hscale);
+            expect_cells(s.row, s.x, s.cells);
+        }
     }
     bool logged(const char* text) const { return std::strstr(log_text, text) != nullptr; }
 };
 
 }  // namespace optest
+
+using namespace optest;

@@ -1,8 +1,9 @@
-// Walking the object list: background, row selection, stop, branch, GPU objects and broken lists.
+// Walking the object list: background, row selection, stop, branch, GPU objects, broken lists,
+// and the start-up that prepares it all.
+#include "objproc/renderers.h"
 #include "op_fixture.h"
-
-namespace optest {
-namespace {
+#include "support/temp_files.h"
+#include "vemocore.h"
 
 TEST_F(ObjectProcessorTest, BackgroundFillsTheDisplayedWidthOfTheLinesRow) {
     video.olp = 0;
@@ -15,15 +16,14 @@ TEST_F(ObjectProcessorTest, BackgroundFillsTheDisplayedWidthOfTheLinesRow) {
     video.hde = 100 + 4 * 200;
     video.pixel_divisor = 4;
     EXPECT_EQ(op_process_line(line_of_row(3)), 1);
-    EXPECT_EQ(cell(3, 199), 0x1234u);
-    EXPECT_EQ(cell(3, 200), UNTOUCHED);
+    EXPECT_EQ(op_process_line(line_of_row(255)), 1);  // the last row
+    expect_cells(3, 199, {0x1234, UNTOUCHED});
+    EXPECT_EQ(cell(255, 0), 0x1234u);
     EXPECT_EQ(core_frame_info.row_timing[6], 800);  // clocks in the display range
     EXPECT_EQ(core_frame_info.row_timing[7], 4);    // clocks per pixel
 
-    EXPECT_EQ(op_process_line(FIRST_LINE + 511), 1);  // the last row
-    EXPECT_EQ(cell(255, 0), 0x1234u);
-    video.bg = 9;
-    EXPECT_EQ(op_process_line(FIRST_LINE + 512), 1);  // no row 256: nothing drawn
+    video.bg = 9;  // lines past row 255 or above VDB draw nothing
+    EXPECT_EQ(op_process_line(line_of_row(256)), 1);
     EXPECT_EQ(op_process_line(FIRST_LINE - 2), 1);
     EXPECT_EQ(cell(255, 0), 0x1234u);
     EXPECT_EQ(cell(0, 0), UNTOUCHED);
@@ -42,13 +42,10 @@ TEST_F(ObjectProcessorTest, GpuObjectFillsTheObjectDataAndStopObjectWritesObf) {
     put_phrase(LIST, 0x1122334455667702ull);
     put_stop(LIST + 8, 0x1234ABC0);
     put_object(LIST + 16, BITMAP, {});  // behind the stop: never reached
-    put_words(DATA, {0x5555});
     video.int1_enable = 1 << IRQ_OBJECT;
     EXPECT_EQ(op_process_line(FIRST_LINE), 1);
-    EXPECT_EQ(video.ob_data[0], 0x1122);
-    EXPECT_EQ(video.ob_data[1], 0x3344);
-    EXPECT_EQ(video.ob_data[2], 0x5566);
-    EXPECT_EQ(video.ob_data[3], 0x7702);
+    const uint16_t expected[4] = {0x1122, 0x3344, 0x5566, 0x7702};
+    EXPECT_EQ(std::memcmp(video.ob_data, expected, sizeof expected), 0);
     EXPECT_EQ(video.obf, 0xABC4);
     EXPECT_EQ(video.int1_pending, 0);  // bit 0 of the stored value is clear: no interrupt
     EXPECT_EQ(cell(0, 0), UNTOUCHED);
@@ -105,5 +102,25 @@ TEST_F(ObjectProcessorTest, ObjectsWithoutARendererAreSkippedAndTheWalkGoesOn) {
     EXPECT_STREQ(log_text, "Object Processor: Unhandled bit-depth 6\n");
 }
 
-}  // namespace
-}  // namespace optest
+// Start-up fills the colour-addition and scale tables; shut-down forgets the row it pointed into.
+TEST(ObjectProcessorStartup, InitBuildsTheTablesAndShutdownDropsTheRowPointer) {
+    vemo_config config{};
+    const std::string program = test_support::write_file("op_program.bin", {0x4E, 0x71});
+    std::strncpy(config.rom_path, program.c_str(), sizeof config.rom_path - 1);
+    config.load_program = 1;
+    config.load_address = 0x4000;
+    std::fill(std::begin(op_scale_table), std::end(op_scale_table), 0.0f);  // as in a fresh process
+    ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+    EXPECT_EQ(cry_add(0x1280, 0x1101), 0x2381);
+
+    put_object(LIST, SCALED, {}, 64, 32);  // HSCALE 64 doubles the pixel
+    put_words(DATA, {0x0ABC});
+    video.olp = LIST;
+    video.vdb = FIRST_LINE;
+    video.hde = 320;
+    EXPECT_EQ(op_process_line(FIRST_LINE), 1);
+    expect_cells(0, 0, {0x0ABC, 0x0ABC});
+    EXPECT_NE(op_line_buffer, nullptr);
+    vemo_shutdown();
+    EXPECT_EQ(op_line_buffer, nullptr);
+}
