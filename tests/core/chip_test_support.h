@@ -1,48 +1,50 @@
-// Shared helpers for the chip tests: the chips with fresh registers and the machine's buffers
-// but no program, the message text, the 68000's level-2 request slot, scratch files.
+// Shared set-up for the chip tests: the chips with fresh registers and the machine's buffers
+// but no program, the 68000's level-2 request slot, the last message, scratch directories.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
 
 #include "core/eeprom.h"
 #include "core/host.h"
 #include "core/memory.h"
+#include "core/scheduler.h"
 #include "core/sound.h"
 #include "core/video.h"
 #include "m68k/m68k.h"
 #include "support/temp_files.h"
 
 using test_support::read_file;
+using test_support::write_file;  // an absolute path is used as it is
 
-inline std::string last_message() { return log_text; }
 inline void clear_message() { log_text[0] = '\0'; }
-
-inline void write_file(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+inline testing::AssertionResult logged(const std::string& part) {
+    if (std::string(log_text).find(part) != std::string::npos) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "last message: " << log_text;
 }
 
-// A scratch directory of the current test's own.
+// A fresh scratch directory of the current test's own.
 inline std::filesystem::path test_dir() {
-    const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-    std::filesystem::path dir = test_support::scratch_dir() / (std::string(info->test_suite_name()) + "." + info->name());
+    const auto dir = test_support::scratch_dir() / testing::UnitTest::GetInstance()->current_test_info()->name();
     std::filesystem::remove_all(dir);
     std::filesystem::create_directories(dir);
     return dir;
 }
 
+// The lines of a frame whose tick marks carry `bit`.
+inline std::vector<int> marked_lines(const uint8_t* marks, uint8_t bit) {
+    std::vector<int> marked;
+    for (int line = 0; line < LINES_PER_FRAME; ++line)
+        if (marks[line] & bit) marked.push_back(line);
+    return marked;
+}
+
 // The graphics chip asks for the 68000's level-2 autovector (vector 26).
 inline bool level2_requested() { return m68k_context.irq_vector[1] == 26; }
 inline void clear_requests() {
-    for (uint32_t& v : m68k_context.irq_vector) v = 0;
+    std::memset(m68k_context.irq_vector, 0, sizeof m68k_context.irq_vector);
     m68k_context.irq_count = 0;
 }
 
@@ -58,8 +60,5 @@ protected:
         clear_requests();
         clear_message();
     }
-    void TearDown() override {
-        memory_release();
-        clear_requests();
-    }
+    void TearDown() override { memory_release(); }
 };

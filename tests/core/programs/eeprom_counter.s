@@ -1,46 +1,35 @@
-| Cartridge program: reads EEPROM word 0, adds one, writes it back and saves (the
-| erase/write-disable command), then waits. Each start of the machine counts one more.
-| Position-independent: the cartridge runs it from 0x802000.
-
+| Cartridge program (runs from 0x802000): reads EEPROM word 0, adds one, writes it back and
+| saves (write-disable), so each start counts one more. Leaves the count at 0x1000 and 0x600D
+| at 0x1002 when done.
         .equ    JOYSTICK, 0xF14000      | bit 0: the EEPROM's data out
         .equ    EEPROM_DATA_IN, 0xF14800
-        .equ    EEPROM_RESET, 0xF15000
-
-        .equ    CMD_READ, 0x180         | start 1, opcode 10, address
-        .equ    CMD_WRITE, 0x140        | start 1, opcode 01, address
-        .equ    CMD_ENABLE, 0x130       | start 1, opcode 00, 11xxxx
-        .equ    CMD_DISABLE, 0x100      | start 1, opcode 00, 00xxxx
-
-        | Results in RAM, read by the test.
-        .equ    COUNT_WRITTEN, 0x1000   | word: the value saved
-        .equ    DONE, 0x1002            | word: 0x600D once saved
 
 start:
-        move.w  #0x2700, %sr
-        clr.w   DONE
-        move.w  #CMD_READ + 0, %d0
+        move.w  #0x180, %d0             | read word 0
         bsr.s   command
-        bsr.s   receive_word            | -> d2
+        moveq   #15, %d1                | clock 16 bits into d2, most significant first
+1:      move.w  JOYSTICK, %d3
+        lsr.w   #1, %d3
+        addx.w  %d2, %d2
+        dbra    %d1, 1b
         addq.w  #1, %d2
-
-        move.w  #CMD_ENABLE, %d0
+        move.w  #0x130, %d0             | write enable
         bsr.s   command
-        move.w  #CMD_WRITE + 0, %d0
+        move.w  #0x140, %d0             | write word 0
         bsr.s   command
         move.w  %d2, %d0
         moveq   #16, %d1
         bsr.s   send_bits
-        move.w  #CMD_DISABLE, %d0
+        move.w  #0x100, %d0             | write disable: saves the file
         bsr.s   command
-
-        move.w  %d2, COUNT_WRITTEN
-        move.w  #0x600D, DONE
+        move.w  %d2, 0x1000
+        move.w  #0x600D, 0x1002
 idle:
         bra.s   idle
 
-| Resets the serial interface and sends the nine command bits in d0.
+| Resets the serial interface (a read of 0xF15000), then sends the nine command bits in d0.
 command:
-        tst.w   EEPROM_RESET
+        tst.w   0xF15000
         moveq   #9, %d1
 | Sends the low d1 bits of d0, most significant first.
 send_bits:
@@ -49,16 +38,5 @@ send_bits:
         lsr.w   %d1, %d3
         andi.w  #1, %d3
         move.w  %d3, EEPROM_DATA_IN
-        dbra    %d1, 1b
-        rts
-
-| Clocks sixteen bits out of the EEPROM into d2, most significant first.
-receive_word:
-        moveq   #15, %d1
-        moveq   #0, %d2
-1:      move.w  JOYSTICK, %d3
-        andi.w  #1, %d3
-        add.w   %d2, %d2
-        or.w    %d3, %d2
         dbra    %d1, 1b
         rts
