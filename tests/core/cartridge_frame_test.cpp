@@ -123,11 +123,12 @@ TEST_F(CartridgeFrames, EepromFileLoadsWhatItHasAndAtMost128Bytes) {
     start("cart_eeprom_counter");
     EXPECT_EQ(eeprom_image[1], 0x5678);
     EXPECT_EQ(eeprom_image[2], 0);
+    vemo_shutdown();
     std::vector<uint8_t> long_file(300, 0x11);
     long_file[126] = 0x22;
     long_file[128] = 0x33;
     write_file(save.string(), long_file);
-    start("cart_eeprom_counter");  // a second start releases the first machine
+    start("cart_eeprom_counter");
     EXPECT_EQ(eeprom_image[63], 0x1122);
     EXPECT_TRUE(logged("only its first 128"));
 }

@@ -12,8 +12,7 @@ class Eeprom : public ChipTest {
 protected:
     void SetUp() override {
         ChipTest::SetUp();
-        dir = test_dir();
-        save = dir / "game.eep";
+        save = test_dir() / "game.eep";
         std::snprintf(eeprom_file_path, PATH_SIZE, "%s", save.c_str());
     }
     static void send(uint32_t bits, int count) {
@@ -29,7 +28,7 @@ protected:
         return word;
     }
 
-    std::filesystem::path dir, save;
+    std::filesystem::path save;
 };
 
 TEST_F(Eeprom, AWrittenWordReadsBackAndWriteDisableSavesAll128BytesLowByteFirst) {
@@ -47,7 +46,7 @@ TEST_F(Eeprom, AWrittenWordReadsBackAndWriteDisableSavesAll128BytesLowByteFirst)
     expected[10] = 0xEF;
     expected[11] = 0xBE;
     EXPECT_EQ(read_file(save), expected);
-    EXPECT_FALSE(std::filesystem::exists(dir / "game.eep.tmp"));
+    EXPECT_FALSE(std::filesystem::exists(save.string() + ".tmp"));
     EXPECT_STREQ(log_text, "");
 
     eeprom_image[63] = 0x8001;  // long reads clock it through bit 16, byte reads not at all
@@ -60,13 +59,13 @@ TEST_F(Eeprom, AWrittenWordReadsBackAndWriteDisableSavesAll128BytesLowByteFirst)
 TEST_F(Eeprom, AFailedSaveLeavesThePreviousFileAsItWasAndSaysWhy) {
     const std::vector<uint8_t> previous(128, 0x5A);
     write_file(save.string(), previous);
-    std::filesystem::create_directory(dir / "game.eep.tmp");  // the new copy cannot be written
+    std::filesystem::create_directory(save.string() + ".tmp");  // the new copy cannot be written
     eeprom_image[0] = 0x1234;
     command(WRITE_DISABLE);
     EXPECT_EQ(read_file(save), previous);
     EXPECT_TRUE(logged("Couldn't save eeprom file " + save.string()));
 
-    for (const std::string& unusable : {std::string(), (dir / "missing" / "x.eep").string()}) {
+    for (const std::string& unusable : {std::string(), (save.parent_path() / "missing" / "x.eep").string()}) {
         clear_message();
         std::snprintf(eeprom_file_path, PATH_SIZE, "%s", unusable.c_str());
         command(WRITE_DISABLE);
