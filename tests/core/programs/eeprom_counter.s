@@ -1,6 +1,5 @@
 | Cartridge program (runs from 0x802000): reads EEPROM word 0, adds one, writes it back and
-| saves (write-disable), so each start counts one more. Leaves the count at 0x1000 and 0x600D
-| at 0x1002 when done.
+| saves (write-disable), so each start counts one more. Leaves the count at 0x1000 once saved.
         .equ    JOYSTICK, 0xF14000      | bit 0: the EEPROM's data out
         .equ    EEPROM_DATA_IN, 0xF14800
 
@@ -23,7 +22,6 @@ start:
         move.w  #0x100, %d0             | write disable: saves the file
         bsr.s   command
         move.w  %d2, 0x1000
-        move.w  #0x600D, 0x1002
 idle:
         bra.s   idle
 
