@@ -17,10 +17,9 @@ namespace m68k_test {
 
 constexpr uint32_t RAM_SIZE = 0x10000;
 constexpr uint32_t IO_LOW = 0xF00000;
-constexpr uint32_t IO_HIGH = 0xF0FFFF;
-constexpr uint32_t CODE = 0x1000;        // where the tests put their instructions
-constexpr uint32_t HANDLER = 0x3000;     // every exception vector points here
-constexpr uint32_t STACK = 0x8000;       // supervisor stack
+constexpr uint32_t CODE = 0x1000;     // where the tests put their instructions
+constexpr uint32_t HANDLER = 0x3000;  // every exception vector points here
+constexpr uint32_t STACK = 0x8000;    // supervisor stack
 constexpr uint32_t USER_STACK = 0x7000;
 
 struct io_access {
@@ -36,22 +35,22 @@ inline uint32_t io_read_value = 0;
 // Called from inside a register write, as the graphics chip raises its interrupt.
 inline bool io_write_raises_interrupt = false;
 
-inline uint32_t io_read8(uint32_t a) { io_log.push_back({'r', 1, a, 0}); return io_read_value; }
-inline uint32_t io_read16(uint32_t a) { io_log.push_back({'r', 2, a, 0}); return io_read_value; }
-inline uint32_t io_read32(uint32_t a) { io_log.push_back({'r', 4, a, 0}); return io_read_value; }
-inline void io_write(int size, uint32_t a, uint32_t v) {
-    io_log.push_back({'w', size, a, v});
+template <int SIZE>
+uint32_t io_read(uint32_t a) {
+    io_log.push_back({'r', SIZE, a, 0});
+    return io_read_value;
+}
+template <int SIZE>
+void io_write(uint32_t a, uint32_t v) {
+    io_log.push_back({'w', SIZE, a, SIZE == 4 ? v : v & ((1u << 8 * SIZE) - 1)});
     if (io_write_raises_interrupt) m68k_interrupt(2, 256);
 }
-inline void io_write8(uint32_t a, uint32_t v) { io_write(1, a, v & 0xFF); }
-inline void io_write16(uint32_t a, uint32_t v) { io_write(2, a, v & 0xFFFF); }
-inline void io_write32(uint32_t a, uint32_t v) { io_write(4, a, v); }
 
 class Machine : public ::testing::Test {
 protected:
     std::vector<uint8_t> ram = std::vector<uint8_t>(RAM_SIZE);
     m68k_fetch_region fetch[2];
-    m68k_data_region read8[3], read16[3], read32[3], write8[3], write16[3], write32[3];
+    m68k_data_region data[6][3];  // read 8, 16, 32, write 8, 16, 32
 
     void SetUp() override {
         static bool expanded = [] { return m68k_init() == 0; }();
@@ -62,36 +61,28 @@ protected:
         const uintptr_t base = reinterpret_cast<uintptr_t>(ram.data());
         m68k_set_fetch_region(&fetch[0], 0, RAM_SIZE - 1, base);
         m68k_set_fetch_region(&fetch[1], 0xFFFFFFFF, 0xFFFFFFFF, 0);
-        data_table(read8, io_read8, nullptr);
-        data_table(read16, io_read16, nullptr);
-        data_table(read32, io_read32, nullptr);
-        data_table(write8, nullptr, io_write8);
-        data_table(write16, nullptr, io_write16);
-        data_table(write32, nullptr, io_write32);
-        install();
+        const m68k_read_handler reads[] = {io_read<1>, io_read<2>, io_read<4>};
+        const m68k_write_handler writes[] = {io_write<1>, io_write<2>, io_write<4>};
+        for (int t = 0; t < 6; ++t) {
+            m68k_set_data_region(&data[t][0], 0, RAM_SIZE - 1, base, nullptr, nullptr);
+            m68k_set_data_region(&data[t][1], IO_LOW, IO_LOW + 0xFFFF, 0, t < 3 ? reads[t] : nullptr,
+                                 t < 3 ? nullptr : writes[t - 3]);
+            m68k_set_data_region(&data[t][2], 0xFFFFFFFF, 0xFFFFFFFF, 0, nullptr, nullptr);
+        }
+        m68k_set_fetch_regions(fetch);
+        m68k_set_read8_regions(data[0]);
+        m68k_set_read16_regions(data[1]);
+        m68k_set_read32_regions(data[2]);
+        m68k_set_write8_regions(data[3]);
+        m68k_set_write16_regions(data[4]);
+        m68k_set_write32_regions(data[5]);
         for (uint32_t v = 2; v < 64; ++v) put32(4 * v, HANDLER);
         put32(0x100, HANDLER);  // the machine's level-2 autovector (26 * 4 + 0x98)
         for (uint32_t a = HANDLER; a < HANDLER + 0x40; a += 2) put16(a, 0x4E71);  // NOPs
         start(CODE);
     }
 
-    void data_table(m68k_data_region* t, m68k_read_handler r, m68k_write_handler w) {
-        m68k_set_data_region(&t[0], 0, RAM_SIZE - 1, reinterpret_cast<uintptr_t>(ram.data()), nullptr, nullptr);
-        m68k_set_data_region(&t[1], IO_LOW, IO_HIGH, 0, r, w);
-        m68k_set_data_region(&t[2], 0xFFFFFFFF, 0xFFFFFFFF, 0, nullptr, nullptr);
-    }
-
-    void install() {
-        m68k_set_fetch_regions(fetch);
-        m68k_set_read8_regions(read8);
-        m68k_set_read16_regions(read16);
-        m68k_set_read32_regions(read32);
-        m68k_set_write8_regions(write8);
-        m68k_set_write16_regions(write16);
-        m68k_set_write32_regions(write32);
-    }
-
-    // Supervisor mode, interrupt mask 0, flags clear, registers zero.
+    // Registers zero, no request waiting, A7 the stack of the mode SR selects.
     void start(uint32_t pc, uint32_t sr = 0x2000) {
         m68k_context_t& c = m68k_context;
         std::memset(c.d, 0, sizeof c.d);
@@ -109,18 +100,13 @@ protected:
     void put32(uint32_t a, uint32_t v) { ws_write32(ram.data(), a, v); }
     uint16_t get16(uint32_t a) { return ws_read16(ram.data(), a); }
     uint32_t get32(uint32_t a) { return ws_read32(ram.data(), a); }
-    uint8_t get8(uint32_t a) { return ws_read8(ram.data(), a); }
     void code(uint32_t a, std::initializer_list<uint16_t> words) {
-        for (uint16_t w : words) {
-            put16(a, w);
-            a += 2;
-        }
+        for (uint16_t w : words) put16(a, w), a += 2;
     }
     void code(std::initializer_list<uint16_t> words) { code(CODE, words); }
-
-    // Runs one instruction (budget 0) and returns the cycles it charged.
-    int32_t step() {
-        EXPECT_EQ(m68k_execute(0), M68K_OK);
+    // Runs `count` instructions (budget 0 each) and returns the cycles the last one charged.
+    int32_t step(int count = 1) {
+        for (int i = 0; i < count; ++i) EXPECT_EQ(m68k_execute(0), M68K_OK);
         return -m68k_context.cycles_left;
     }
 

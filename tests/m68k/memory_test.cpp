@@ -7,37 +7,31 @@
 namespace {
 
 using m68k_test::CODE;
-using m68k_test::HANDLER;
 using m68k_test::io_access;
 using m68k_test::io_log;
-using m68k_test::Machine;
 using m68k_test::RAM_SIZE;
 using m68k_test::STACK;
-using DataAccess = Machine;
-using FetchRegions = Machine;
-using Safety = Machine;
+using DataAccess = m68k_test::Machine;
+using FetchRegions = m68k_test::Machine;
+using Safety = m68k_test::Machine;
 
-TEST_F(DataAccess, AddressesAreReducedTo24BitsWhileAddressRegistersKeepAll32) {
-    code({0x3039, 0xFFF0, 0x0010, 0x3010});  // MOVE.W $FFF00010,D0; MOVE.W (A0),D0
+TEST_F(DataAccess, AddressesAre24BitsAndEachOperandIsOneAccessOfItsWidth) {
+    code({0x3039, 0xFFF0, 0x0010,     // MOVE.W $FFF00010,D0
+          0x3010,                     // MOVE.W (A0),D0 with A0 = $ABF00020
+          0x23C0, 0x00F0, 0x0000,     // MOVE.L D0,$F00000
+          0x2039, 0x00F0, 0x0004,     // MOVE.L $F00004,D0
+          0x33C0, 0x00F0, 0x0008});   // MOVE.W D0,$F00008
     a(0) = 0xABF00020;
     m68k_test::io_read_value = 0x1234;
-    step();
-    step();
-    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00010, 0}, {'r', 2, 0xF00020, 0}}));
-    EXPECT_EQ(a(0), 0xABF00020u);
+    step(2);
     EXPECT_EQ(d(0), 0x1234u);
-}
-
-TEST_F(DataAccess, LongOperandsAreOneAccessAndWordHandlersSeeOnlyTheirWidth) {
-    code({0x23C0, 0x00F0, 0x0000, 0x2039, 0x00F0, 0x0004, 0x33C0, 0x00F0, 0x0008});
-    d(0) = 0xA1B2C3D4;  // MOVE.L D0,$F00000; MOVE.L $F00004,D0; MOVE.W D0,$F00008
+    d(0) = 0xA1B2C3D4;
     m68k_test::io_read_value = 0x11223344;
-    step();
-    step();
-    step();
-    EXPECT_EQ(io_log, (std::vector<io_access>{{'w', 4, 0xF00000, 0xA1B2C3D4},
-                                              {'r', 4, 0xF00004, 0},
+    step(3);
+    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00010, 0}, {'r', 2, 0xF00020, 0},
+                                              {'w', 4, 0xF00000, 0xA1B2C3D4}, {'r', 4, 0xF00004, 0},
                                               {'w', 2, 0xF00008, 0x3344}}));
+    EXPECT_EQ(a(0), 0xABF00020u);
     EXPECT_EQ(d(0), 0x11223344u);
 }
 
@@ -46,15 +40,10 @@ TEST_F(DataAccess, ClrSccAndMoveFromSrReadTheirDestinationBeforeWritingIt) {
           0x50F9, 0x00F0, 0x0002,    // ST $F00002
           0x40F9, 0x00F0, 0x0004});  // MOVE SR,$F00004
     m68k_test::io_read_value = 0xFFFF;
-    step();
-    step();
-    step();
-    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00000, 0},
-                                              {'w', 2, 0xF00000, 0},
-                                              {'r', 1, 0xF00002, 0},
-                                              {'w', 1, 0xF00002, 0xFF},
-                                              {'r', 2, 0xF00004, 0},
-                                              {'w', 2, 0xF00004, 0x2004}}));
+    step(3);
+    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00000, 0}, {'w', 2, 0xF00000, 0},
+                                              {'r', 1, 0xF00002, 0}, {'w', 1, 0xF00002, 0xFF},
+                                              {'r', 2, 0xF00004, 0}, {'w', 2, 0xF00004, 0x2004}}));
 }
 
 TEST_F(DataAccess, DirectLongAccessesAtTheEndOfARegionStayInside) {
@@ -69,12 +58,10 @@ TEST_F(DataAccess, DirectLongAccessesAtTheEndOfARegionStayInside) {
 }
 
 TEST_F(FetchRegions, ThePcKeepsItsTopByteAndExecutesFromItsLow24Bits) {
-    code({0x4EF9, 0xFF00, CODE + 0x20});  // JMP $FF001020
-    code(CODE + 0x20, {0x4EB9, 0x0000, CODE + 0x40, 0x4E71});  // JSR $1040
-    code(CODE + 0x40, {0x4E75});  // RTS
-    step();
-    EXPECT_EQ(pc(), 0xFF000000u | (CODE + 0x20));
-    step();
+    code({0x4EF9, 0xFF00, CODE + 0x20});                       // JMP $FF001020
+    code(CODE + 0x20, {0x4EB9, 0x0000, CODE + 0x40, 0x4E71});  // JSR $1040; NOP
+    code(CODE + 0x40, {0x4E75});                               // RTS
+    step(2);
     EXPECT_EQ(get32(STACK - 4), 0xFF000000u | (CODE + 0x26));  // return address with its top byte
     step();
     EXPECT_EQ(pc(), 0xFF000000u | (CODE + 0x26));
@@ -82,23 +69,23 @@ TEST_F(FetchRegions, ThePcKeepsItsTopByteAndExecutesFromItsLow24Bits) {
     EXPECT_EQ(pc(), 0xFF000000u | (CODE + 0x28));
 }
 
+// A PC in no fetch region ends the slice with result 1 and keeps doing so; a jump or a vector
+// into data-only space is not charged, but an exception's frame is stacked first.
 TEST_F(FetchRegions, APcOutsideEveryRegionReturnsOneAndKeepsReturningIt) {
     start(0xAB020000);
     EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
     EXPECT_EQ(pc(), 0x020000u);
     EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
 
-    // A jump into data-only space ends the slice without charging the jump.
     start(CODE);
-    code({0x4E71, 0x4EF9, 0xABF0, 0x0000, 0x4E71});  // NOP; JMP $ABF00000
+    code({0x4E71, 0x4EF9, 0xABF0, 0x0000});  // NOP; JMP $ABF00000
     EXPECT_EQ(m68k_execute(100), M68K_NO_FETCH_REGION);
     EXPECT_EQ(pc(), 0xF00000u);
     EXPECT_EQ(m68k_context.cycles_left, 96);
     EXPECT_EQ(m68k_execute(100), M68K_NO_FETCH_REGION);
     EXPECT_EQ(pc(), 0xF00000u);
-}
 
-TEST_F(FetchRegions, AVectorIntoNowhereEndsTheSliceWithTheFrameStacked) {
+    start(CODE);
     put32(0x80, 0x00F00000);  // TRAP #0
     code({0x4E40});
     EXPECT_EQ(m68k_execute(60), M68K_NO_FETCH_REGION);
@@ -130,14 +117,11 @@ TEST_F(FetchRegions, RunningOffTheEndOfARegionLooksThePcUpAgain) {
     EXPECT_EQ(pc(), RAM_SIZE);
 
     std::vector<uint8_t> second(0x100);
-    m68k_fetch_region two[3];
-    m68k_set_fetch_region(&two[0], 0, RAM_SIZE - 1, reinterpret_cast<uintptr_t>(ram.data()));
+    m68k_fetch_region two[3] = {fetch[0], {}, fetch[1]};
     m68k_set_fetch_region(&two[1], RAM_SIZE, RAM_SIZE + 0xFF, reinterpret_cast<uintptr_t>(second.data()) - RAM_SIZE);
-    m68k_set_fetch_region(&two[2], 0xFFFFFFFF, 0xFFFFFFFF, 0);
     m68k_set_fetch_regions(two);
-    ws_write16(second.data(), 0, 0x4E71);
-    ws_write16(second.data(), 2, 0x4E72);  // STOP #$2000
-    ws_write16(second.data(), 4, 0x2000);
+    const uint16_t words[] = {0x4E71, 0x4E72, 0x2000};  // NOP; STOP #$2000
+    for (int i = 0; i < 3; ++i) ws_write16(second.data(), 2 * i, words[i]);
     code(RAM_SIZE - 4, {0x4E71, 0x303C});  // NOP; MOVE.W #<first word of the next region>,D0
     start(RAM_SIZE - 4);
     EXPECT_EQ(m68k_execute(100), M68K_OK);

@@ -2,8 +2,6 @@
 // runs it through this machine's memory map (instructions from RAM, data through the bus).
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "core/bus.h"
 #include "core/memory.h"
 #include "m68k/m68k.h"
@@ -28,26 +26,16 @@ protected:
         ASSERT_EQ(vemo_init(&c), 1) << vemo_get_error_string();
     }
     void TearDown() override { vemo_shutdown(); }
-
-    void run_until_stopped() {
-        for (int i = 0; i < 100 && !m68k_context.stopped; ++i) ASSERT_EQ(m68k_execute(60), M68K_OK);
-        ASSERT_TRUE(m68k_context.stopped);
-    }
 };
 
-TEST_F(Program, StartsAtTheLoadAddressWithTheStackFromRam) {
+TEST_F(Program, StartsAtTheLoadAddressRunsToItsWaitAndTheInterruptFinishesIt) {
     EXPECT_EQ(m68k_get_pc(), LOAD);
     EXPECT_EQ(m68k_context.a[7], 0x1FFFFFu);
     EXPECT_EQ(m68k_context.sr, 0x2700u);
-}
-
-TEST_F(Program, RunsToItsWaitThenTheInterruptFinishesIt) {
-    run_until_stopped();
-    EXPECT_EQ(bus_read32(RESULTS + 0), 55u);
-    EXPECT_EQ(bus_read32(RESULTS + 4), 3025u);
-    EXPECT_EQ(bus_read32(RESULTS + 8), 0x1234ABCDu);
-    EXPECT_EQ(bus_read32(RESULTS + 12), 0xAAAAAAAAu);
-    EXPECT_EQ(bus_read32(RESULTS + 16), 0x00030064u);
+    for (int i = 0; i < 100 && !m68k_context.stopped; ++i) ASSERT_EQ(m68k_execute(60), M68K_OK);
+    ASSERT_TRUE(m68k_context.stopped);
+    const uint32_t results[] = {55, 3025, 0x1234ABCD, 0xAAAAAAAA, 0x00030064};
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(bus_read32(RESULTS + 4 * i), results[i]) << i;
     EXPECT_EQ(bus_read8(RESULTS + 20), 0x47);
     EXPECT_EQ(bus_read16(RESULTS + 22), 0);
 
@@ -59,7 +47,6 @@ TEST_F(Program, RunsToItsWaitThenTheInterruptFinishesIt) {
     EXPECT_EQ(bus_read32(RESULTS + 24), 1u);
     EXPECT_EQ(bus_read16(RESULTS + 22), 0x600D);
     EXPECT_TRUE(m68k_context.stopped);
-
     vemo_frame_info info{};
     vemo_get_frame_info(&info);
     EXPECT_EQ(info.m68k_pc, DONE + 4);

@@ -5,48 +5,39 @@ namespace {
 
 using m68k_test::CODE;
 using m68k_test::HANDLER;
-using m68k_test::Machine;
 using m68k_test::STACK;
 using m68k_test::USER_STACK;
-class SliceMachine : public Machine {
+class SliceMachine : public m68k_test::Machine {
 protected:
-    void nops(uint32_t from, int count) {
-        for (int i = 0; i < count; ++i) put16(from + 2 * i, 0x4E71);
+    void SetUp() override {
+        Machine::SetUp();
+        for (uint32_t at = CODE; at < CODE + 0x40; at += 2) put16(at, 0x4E71);  // NOPs
     }
 };
 using Budget = SliceMachine;
-using Stop = SliceMachine;
 using Interrupts = SliceMachine;
+using Stop = SliceMachine;
 using Exceptions = SliceMachine;
 
-TEST_F(Budget, ZeroRunsOneInstructionAndAnExactZeroCountContinues) {
-    nops(CODE, 16);
+TEST_F(Budget, ZeroRunsOneInstructionAnExactZeroContinuesAndAnOverrunIsDropped) {
     EXPECT_EQ(m68k_execute(0), M68K_OK);
     EXPECT_EQ(pc(), CODE + 2);
     EXPECT_EQ(m68k_context.cycles_left, -4);
-
     // Budget 8: the second NOP leaves exactly 0 and the third still runs.
     EXPECT_EQ(m68k_execute(8), M68K_OK);
-    EXPECT_EQ(pc(), CODE + 2 + 6);
+    EXPECT_EQ(pc(), CODE + 8);
     EXPECT_EQ(m68k_context.cycles_requested, 8);
     EXPECT_EQ(m68k_context.cycles_left, -4);
-}
-
-TEST_F(Budget, AnOverrunIsDroppedAndEachSliceStartsFromItsOwnBudget) {
-    code({0x4E70, 0x4E71, 0x4E71, 0x4E71});  // RESET (132) then NOPs
+    // RESET (132) overruns a slice of 60; the next slice of 4 is not reduced: it runs two NOPs.
+    put16(CODE + 8, 0x4E70);
     EXPECT_EQ(m68k_execute(60), M68K_OK);
     EXPECT_EQ(m68k_context.cycles_left, 60 - 132);
-    EXPECT_EQ(pc(), CODE + 2);
-    // The next slice of 4 is not reduced by the earlier overrun: it runs two NOPs.
     EXPECT_EQ(m68k_execute(4), M68K_OK);
-    EXPECT_EQ(pc(), CODE + 6);
+    EXPECT_EQ(pc(), CODE + 14);
 }
 
 TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
-    nops(CODE, 4);
-    m68k_context.sr = 0x8004;  // user mode, trace bit, Z, mask 0
-    m68k_context.a[7] = USER_STACK;
-    m68k_context.other_sp = STACK;
+    start(CODE, 0x8004);  // user mode, trace bit, Z, mask 0
     EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);
     EXPECT_EQ(m68k_context.irq_vector[1], 26u);
     EXPECT_EQ(m68k_context.irq_count, 1);
@@ -56,17 +47,16 @@ TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
     // Stacked on the supervisor stack: SR with its condition codes, then the interrupted PC.
     EXPECT_EQ(get16(STACK - 6), 0x8004);
     EXPECT_EQ(get32(STACK - 4), CODE);
-    EXPECT_EQ(a(7) , STACK - 6 + 0u);
+    EXPECT_EQ(a(7), STACK - 6);
     EXPECT_EQ(m68k_context.other_sp, USER_STACK);
     EXPECT_EQ(sr(), 0x2204u);  // T cleared, S set, mask 2, flags kept
     EXPECT_EQ(m68k_context.irq_count, 0);
     EXPECT_EQ(m68k_context.irq_vector[1], 0u);
-    // 44 cycles for the interrupt, then NOPs from 0x100's handler until the budget is gone.
-    EXPECT_EQ(pc(), HANDLER + 2 * 5);  // 60 - 44 = 16: four NOPs reach 0, the fifth overruns
-}
+    // 44 cycles for the interrupt leave 16: four of the handler's NOPs reach 0, a fifth overruns.
+    EXPECT_EQ(pc(), HANDLER + 2 * 5);
 
-TEST_F(Interrupts, WithASmallBudgetOnlyTheHandlersFirstInstructionRuns) {
-    nops(CODE, 4);
+    // With a budget below the interrupt's cost the handler's first instruction still runs.
+    start(CODE);
     m68k_interrupt(2, 256);
     EXPECT_EQ(m68k_execute(40), M68K_OK);
     EXPECT_EQ(pc(), HANDLER + 2);
@@ -77,7 +67,6 @@ TEST_F(Interrupts, AMaskedRequestWaitsUntilASliceStartsWithALowerMask) {
     // Handler: RTE restores the mask-0 SR; the request waiting at the same level is not taken
     // right after the RTE but at the start of the following slice.
     put16(HANDLER, 0x4E73);
-    nops(CODE, 8);
     m68k_context.sr = 0x2200;  // mask 2
     m68k_interrupt(2, 256);
     m68k_execute(8);
@@ -93,7 +82,6 @@ TEST_F(Interrupts, AMaskedRequestWaitsUntilASliceStartsWithALowerMask) {
 
 TEST_F(Interrupts, ARequestMadeDuringASliceWaitsForTheNextOne) {
     code({0x33C0, 0x00F0, 0x0000});  // MOVE.W D0,$F00000 (16 cycles), then NOPs
-    nops(CODE + 6, 10);
     m68k_test::io_write_raises_interrupt = true;
     EXPECT_EQ(m68k_execute(40), M68K_OK);
     EXPECT_EQ(pc(), CODE + 6 + 7 * 2);  // ran on through seven NOPs
@@ -133,7 +121,7 @@ TEST_F(Interrupts, RequestsWithBadArgumentsAreRefused) {
 }
 
 TEST_F(Stop, StopsUntilAnInterruptAboveTheMaskAndTheWakingSliceRunsTheHandler) {
-    code({0x4E72, 0x2100, 0x4E71});  // STOP #$2100
+    code({0x4E72, 0x2100});  // STOP #$2100
     EXPECT_EQ(m68k_execute(1000), M68K_OK);
     EXPECT_EQ(m68k_context.stopped, 1u);
     EXPECT_EQ(m68k_context.cycles_left, 996);
@@ -151,19 +139,6 @@ TEST_F(Stop, StopsUntilAnInterruptAboveTheMaskAndTheWakingSliceRunsTheHandler) {
     EXPECT_EQ(m68k_context.stopped, 0u);
     EXPECT_EQ(get32(STACK - 4), CODE + 4);  // returns after the STOP
     EXPECT_EQ(pc(), HANDLER + 2 * 5);
-}
-
-TEST_F(Stop, AUserModeSrSwitchesToTheUserStack) {
-    code({0x4E72, 0x0000});
-    m68k_execute(0);
-    EXPECT_EQ(a(7), USER_STACK);
-    EXPECT_EQ(m68k_context.other_sp, STACK);
-    EXPECT_EQ(sr(), 0u);
-
-    start(CODE);
-    code({0x4E72, 0x2000});
-    m68k_execute(0);
-    EXPECT_EQ(a(7), STACK);
 }
 
 // The real processor clears T on exception entry; this one keeps it (only interrupts clear it).
