@@ -7,6 +7,8 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <optional>
+#include <source_location>
 #include <vector>
 
 #include "core/memory.h"
@@ -104,6 +106,14 @@ protected:
         for (uint16_t w : words) put16(a, w), a += 2;
     }
     void code(std::initializer_list<uint16_t> words) { code(CODE, words); }
+    // Runs one slice and checks its result, where the PC ends and, when given, the cycles left.
+    void run(int32_t budget, int result, uint32_t pc, std::optional<int32_t> left = {},
+             std::source_location at = std::source_location::current()) {
+        ::testing::ScopedTrace trace(at.file_name(), int(at.line()), "slice");
+        EXPECT_EQ(m68k_execute(budget), result);
+        EXPECT_EQ(m68k_context.pc, pc);
+        if (left) { EXPECT_EQ(m68k_context.cycles_left, *left); }
+    }
     // Runs `count` instructions (budget 0 each) and returns the cycles the last one charged.
     int32_t step(int count = 1) {
         for (int i = 0; i < count; ++i) EXPECT_EQ(m68k_execute(0), M68K_OK);

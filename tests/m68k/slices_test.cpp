@@ -20,20 +20,13 @@ using Stop = SliceMachine;
 using Exceptions = SliceMachine;
 
 TEST_F(Budget, ZeroRunsOneInstructionAnExactZeroContinuesAndAnOverrunIsDropped) {
-    EXPECT_EQ(m68k_execute(0), M68K_OK);
-    EXPECT_EQ(pc(), CODE + 2);
-    EXPECT_EQ(m68k_context.cycles_left, -4);
-    // Budget 8: the second NOP leaves exactly 0 and the third still runs.
-    EXPECT_EQ(m68k_execute(8), M68K_OK);
-    EXPECT_EQ(pc(), CODE + 8);
+    run(0, M68K_OK, CODE + 2, -4);
+    run(8, M68K_OK, CODE + 8, -4);  // the second NOP leaves exactly 0 and the third still runs
     EXPECT_EQ(m68k_context.cycles_requested, 8);
-    EXPECT_EQ(m68k_context.cycles_left, -4);
     // RESET (132) overruns a slice of 60; the next slice of 4 is not reduced: it runs two NOPs.
     put16(CODE + 8, 0x4E70);
-    EXPECT_EQ(m68k_execute(60), M68K_OK);
-    EXPECT_EQ(m68k_context.cycles_left, 60 - 132);
-    EXPECT_EQ(m68k_execute(4), M68K_OK);
-    EXPECT_EQ(pc(), CODE + 14);
+    run(60, M68K_OK, CODE + 10, 60 - 132);
+    run(4, M68K_OK, CODE + 14);
 }
 
 TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
@@ -42,8 +35,8 @@ TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
     EXPECT_EQ(m68k_context.irq_vector[1], 26u);
     EXPECT_EQ(m68k_context.irq_count, 1);
     EXPECT_EQ(m68k_interrupt(2, 256), M68K_IRQ_LEVEL_WAITING);
-
-    EXPECT_EQ(m68k_execute(60), M68K_OK);
+    // 44 cycles for the interrupt leave 16: four of the handler's NOPs reach 0, a fifth overruns.
+    run(60, M68K_OK, HANDLER + 2 * 5);
     // Stacked on the supervisor stack: SR with its condition codes, then the interrupted PC.
     EXPECT_EQ(get16(STACK - 6), 0x8004);
     EXPECT_EQ(get32(STACK - 4), CODE);
@@ -52,67 +45,55 @@ TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
     EXPECT_EQ(sr(), 0x2204u);  // T cleared, S set, mask 2, flags kept
     EXPECT_EQ(m68k_context.irq_count, 0);
     EXPECT_EQ(m68k_context.irq_vector[1], 0u);
-    // 44 cycles for the interrupt leave 16: four of the handler's NOPs reach 0, a fifth overruns.
-    EXPECT_EQ(pc(), HANDLER + 2 * 5);
 
     // With a budget below the interrupt's cost the handler's first instruction still runs.
     start(CODE);
     m68k_interrupt(2, 256);
-    EXPECT_EQ(m68k_execute(40), M68K_OK);
-    EXPECT_EQ(pc(), HANDLER + 2);
-    EXPECT_EQ(m68k_context.cycles_left, 40 - 44 - 4);
+    run(40, M68K_OK, HANDLER + 2, 40 - 44 - 4);
 }
 
-TEST_F(Interrupts, AMaskedRequestWaitsUntilASliceStartsWithALowerMask) {
-    // Handler: RTE restores the mask-0 SR; the request waiting at the same level is not taken
-    // right after the RTE but at the start of the following slice.
+TEST_F(Interrupts, MaskedRequestsAndRequestsMadeDuringASliceWaitForTheNextSlice) {
+    code({0x33C0, 0x00F0, 0x0000});  // MOVE.W D0,$F00000 (16 cycles) raises it, then NOPs
+    m68k_test::io_write_raises_interrupt = true;
+    run(40, M68K_OK, CODE + 6 + 7 * 2);  // ran on through seven NOPs
+    EXPECT_EQ(m68k_context.irq_count, 1);
+    m68k_test::io_write_raises_interrupt = false;
+    run(0, M68K_OK, HANDLER + 2);
+
+    start(CODE);
+    code({0x4E71, 0x4E71, 0x4E71});
+    // The handler's RTE restores the mask-0 SR; the request waiting at the same level is not
+    // taken right after the RTE but at the start of the following slice.
     put16(HANDLER, 0x4E73);
     m68k_context.sr = 0x2200;  // mask 2
     m68k_interrupt(2, 256);
-    m68k_execute(8);
-    EXPECT_EQ(pc(), CODE + 6);  // nothing taken
+    run(8, M68K_OK, CODE + 6);  // nothing taken
     EXPECT_EQ(m68k_context.irq_count, 1);
-
     m68k_context.sr = 0x2000;
-    m68k_execute(0);  // taken: the handler's RTE runs as the slice's only instruction
-    EXPECT_EQ(pc(), CODE + 6);
+    run(0, M68K_OK, CODE + 6);  // taken: the handler's RTE runs as the slice's only instruction
     EXPECT_EQ(m68k_context.irq_count, 0);
     EXPECT_EQ(sr(), 0x2000u);
+
 }
 
-TEST_F(Interrupts, ARequestMadeDuringASliceWaitsForTheNextOne) {
-    code({0x33C0, 0x00F0, 0x0000});  // MOVE.W D0,$F00000 (16 cycles), then NOPs
-    m68k_test::io_write_raises_interrupt = true;
-    EXPECT_EQ(m68k_execute(40), M68K_OK);
-    EXPECT_EQ(pc(), CODE + 6 + 7 * 2);  // ran on through seven NOPs
-    EXPECT_EQ(m68k_context.irq_count, 1);
-    m68k_test::io_write_raises_interrupt = false;
-    m68k_execute(0);
-    EXPECT_EQ(pc(), HANDLER + 2);
-}
-
-TEST_F(Interrupts, LevelSevenIsTakenEvenWithTheMaskAtSeven) {
+TEST_F(Interrupts, LevelSevenIgnoresTheMaskHigherLevelsRunFirstBadRequestsAreRefused) {
+    // Level 7 is taken even with the mask at 7.
     m68k_context.sr = 0x2700;
     put32(31 * 4 + 0x98, HANDLER + 0x10);
     EXPECT_EQ(m68k_interrupt(7, 256), M68K_OK);
-    m68k_execute(0);
-    EXPECT_EQ(pc(), HANDLER + 0x12);
+    run(0, M68K_OK, HANDLER + 0x12);
     EXPECT_EQ(sr() & 0x0700, 0x0700u);
-}
 
-TEST_F(Interrupts, HigherWaitingLevelsStackOnTopAndRunFirst) {
+    // A higher waiting level stacks on top of a lower one and runs first.
+    start(CODE);
     put32(0x198, HANDLER + 0x20);  // level 3 with vector 64: read at 64 * 4 + 0x98
     EXPECT_EQ(m68k_interrupt(3, 64), M68K_OK);
     EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);
-    m68k_execute(0);
-    EXPECT_EQ(pc(), HANDLER + 0x22);
+    run(0, M68K_OK, HANDLER + 0x22, -88 - 4);
     EXPECT_EQ(a(7), STACK - 12);
     EXPECT_EQ(get32(STACK - 10), HANDLER);  // level 3 returns into level 2's handler
     EXPECT_EQ(get32(STACK - 4), CODE);
-    EXPECT_EQ(m68k_context.cycles_left, -88 - 4);
-}
 
-TEST_F(Interrupts, RequestsWithBadArgumentsAreRefused) {
     EXPECT_EQ(m68k_interrupt(0, 256), M68K_IRQ_BAD_LEVEL);
     EXPECT_EQ(m68k_interrupt(8, 256), M68K_IRQ_BAD_LEVEL);
     EXPECT_EQ(m68k_interrupt(2, 1), M68K_IRQ_BAD_VECTOR);
@@ -122,23 +103,16 @@ TEST_F(Interrupts, RequestsWithBadArgumentsAreRefused) {
 
 TEST_F(Stop, StopsUntilAnInterruptAboveTheMaskAndTheWakingSliceRunsTheHandler) {
     code({0x4E72, 0x2100});  // STOP #$2100
-    EXPECT_EQ(m68k_execute(1000), M68K_OK);
+    run(1000, M68K_OK, CODE + 4, 996);
     EXPECT_EQ(m68k_context.stopped, 1u);
-    EXPECT_EQ(m68k_context.cycles_left, 996);
-    EXPECT_EQ(pc(), CODE + 4);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(m68k_execute(60), M68K_OK);
-        EXPECT_EQ(m68k_context.cycles_left, 0);
-        EXPECT_EQ(pc(), CODE + 4);
-    }
+    for (int i = 0; i < 3; ++i) run(60, M68K_OK, CODE + 4, 0);
     m68k_interrupt(1, 256);  // level 1 is not above the mask of 1
-    m68k_execute(60);
+    run(60, M68K_OK, CODE + 4, 0);
     EXPECT_EQ(m68k_context.stopped, 1u);
     m68k_interrupt(2, 256);
-    m68k_execute(60);
+    run(60, M68K_OK, HANDLER + 2 * 5);
     EXPECT_EQ(m68k_context.stopped, 0u);
     EXPECT_EQ(get32(STACK - 4), CODE + 4);  // returns after the STOP
-    EXPECT_EQ(pc(), HANDLER + 2 * 5);
 }
 
 // The real processor clears T on exception entry; this one keeps it (only interrupts clear it).
@@ -166,7 +140,6 @@ TEST_F(Exceptions, ResetLoadsTheVectorsAndClearsTheRequests) {
     EXPECT_EQ(m68k_context.irq_count, 0);
     EXPECT_EQ(m68k_context.irq_vector[1], 0u);
     EXPECT_EQ(m68k_context.stopped, 0u);
-
     put32(4, 0x00F00000);  // a start address outside every fetch region
     EXPECT_EQ(m68k_reset(), M68K_NO_FETCH_REGION);
 }
