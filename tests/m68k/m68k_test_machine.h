@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 #include <optional>
 #include <source_location>
+#include <string>
 #include <vector>
 
 #include "core/memory.h"
@@ -18,33 +20,30 @@
 namespace m68k_test {
 
 constexpr uint32_t RAM_SIZE = 0x10000;
-constexpr uint32_t IO_LOW = 0xF00000;
 constexpr uint32_t CODE = 0x1000;     // where the tests put their instructions
 constexpr uint32_t HANDLER = 0x3000;  // every exception vector points here
 constexpr uint32_t STACK = 0x8000;    // supervisor stack
 constexpr uint32_t USER_STACK = 0x7000;
 
-struct io_access {
-    char kind;  // 'r' or 'w'
-    int size;
-    uint32_t address;
-    uint32_t value;
-    bool operator==(const io_access&) const = default;
-};
-
-inline std::vector<io_access> io_log;
+// Each register access as "r<size> <address>" or "w<size> <address> <value>", in hex.
+inline std::vector<std::string> io_log;
 inline uint32_t io_read_value = 0;
 // Called from inside a register write, as the graphics chip raises its interrupt.
 inline bool io_write_raises_interrupt = false;
 
+inline void log_io(char kind, int size, uint32_t a, uint32_t v) {
+    char text[32];
+    std::snprintf(text, sizeof text, kind == 'r' ? "r%d %06X" : "w%d %06X %X", size, a, v);
+    io_log.push_back(text);
+}
 template <int SIZE>
 uint32_t io_read(uint32_t a) {
-    io_log.push_back({'r', SIZE, a, 0});
+    log_io('r', SIZE, a, 0);
     return io_read_value;
 }
 template <int SIZE>
 void io_write(uint32_t a, uint32_t v) {
-    io_log.push_back({'w', SIZE, a, SIZE == 4 ? v : v & ((1u << 8 * SIZE) - 1)});
+    log_io('w', SIZE, a, SIZE == 4 ? v : v & ((1u << 8 * SIZE) - 1));
     if (io_write_raises_interrupt) m68k_interrupt(2, 256);
 }
 
@@ -67,7 +66,7 @@ protected:
         const m68k_write_handler writes[] = {io_write<1>, io_write<2>, io_write<4>};
         for (int t = 0; t < 6; ++t) {
             m68k_set_data_region(&data[t][0], 0, RAM_SIZE - 1, base, nullptr, nullptr);
-            m68k_set_data_region(&data[t][1], IO_LOW, IO_LOW + 0xFFFF, 0, t < 3 ? reads[t] : nullptr,
+            m68k_set_data_region(&data[t][1], 0xF00000, 0xF0FFFF, 0, t < 3 ? reads[t] : nullptr,
                                  t < 3 ? nullptr : writes[t - 3]);
             m68k_set_data_region(&data[t][2], 0xFFFFFFFF, 0xFFFFFFFF, 0, nullptr, nullptr);
         }

@@ -7,7 +7,6 @@
 namespace {
 
 using m68k_test::CODE;
-using m68k_test::io_access;
 using m68k_test::io_log;
 using m68k_test::RAM_SIZE;
 using m68k_test::STACK;
@@ -28,9 +27,8 @@ TEST_F(DataAccess, AddressesAre24BitsAndEachOperandIsOneAccessOfItsWidth) {
     d(0) = 0xA1B2C3D4;
     m68k_test::io_read_value = 0x11223344;
     step(3);
-    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00010, 0}, {'r', 2, 0xF00020, 0},
-                                              {'w', 4, 0xF00000, 0xA1B2C3D4}, {'r', 4, 0xF00004, 0},
-                                              {'w', 2, 0xF00008, 0x3344}}));
+    EXPECT_EQ(io_log, (std::vector<std::string>{"r2 F00010", "r2 F00020", "w4 F00000 A1B2C3D4", "r4 F00004",
+                                                "w2 F00008 3344"}));
     EXPECT_EQ(a(0), 0xABF00020u);
     EXPECT_EQ(d(0), 0x11223344u);
 }
@@ -41,9 +39,8 @@ TEST_F(DataAccess, ClrSccAndMoveFromSrReadTheirDestinationBeforeWritingIt) {
           0x40F9, 0x00F0, 0x0004});  // MOVE SR,$F00004
     m68k_test::io_read_value = 0xFFFF;
     step(3);
-    EXPECT_EQ(io_log, (std::vector<io_access>{{'r', 2, 0xF00000, 0}, {'w', 2, 0xF00000, 0},
-                                              {'r', 1, 0xF00002, 0}, {'w', 1, 0xF00002, 0xFF},
-                                              {'r', 2, 0xF00004, 0}, {'w', 2, 0xF00004, 0x2004}}));
+    EXPECT_EQ(io_log, (std::vector<std::string>{"r2 F00000", "w2 F00000 0", "r1 F00002", "w1 F00002 FF",
+                                                "r2 F00004", "w2 F00004 2004"}));
 }
 
 TEST_F(DataAccess, DirectLongAccessesAtTheEndOfARegionStayInside) {
