@@ -20,8 +20,8 @@
 namespace m68k_test {
 
 constexpr uint32_t RAM_SIZE = 0x10000;
-constexpr uint32_t CODE = 0x1000;     // where the tests put their instructions
-constexpr uint32_t HANDLER = 0x3000;  // every exception vector points here
+constexpr uint32_t CODE = 0x1000;     // where the tests put their instructions (NOPs at first)
+constexpr uint32_t HANDLER = 0x3000;  // every exception vector points here, to NOPs
 constexpr uint32_t STACK = 0x8000;    // supervisor stack
 constexpr uint32_t USER_STACK = 0x7000;
 
@@ -79,7 +79,7 @@ protected:
         m68k_set_write32_regions(data[5]);
         for (uint32_t v = 2; v < 64; ++v) put32(4 * v, HANDLER);
         put32(0x100, HANDLER);  // the machine's level-2 autovector (26 * 4 + 0x98)
-        for (uint32_t a = HANDLER; a < HANDLER + 0x40; a += 2) put16(a, 0x4E71);  // NOPs
+        for (uint32_t a = 0; a < 0x40; a += 2) put16(CODE + a, 0x4E71), put16(HANDLER + a, 0x4E71);
         start(CODE);
     }
 

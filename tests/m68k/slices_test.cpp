@@ -7,17 +7,10 @@ using m68k_test::CODE;
 using m68k_test::HANDLER;
 using m68k_test::STACK;
 using m68k_test::USER_STACK;
-class SliceMachine : public m68k_test::Machine {
-protected:
-    void SetUp() override {
-        Machine::SetUp();
-        for (uint32_t at = CODE; at < CODE + 0x40; at += 2) put16(at, 0x4E71);  // NOPs
-    }
-};
-using Budget = SliceMachine;
-using Interrupts = SliceMachine;
-using Stop = SliceMachine;
-using Exceptions = SliceMachine;
+using Budget = m68k_test::Machine;
+using Interrupts = m68k_test::Machine;
+using Stop = m68k_test::Machine;
+using Exceptions = m68k_test::Machine;
 
 TEST_F(Budget, ZeroRunsOneInstructionAnExactZeroContinuesAndAnOverrunIsDropped) {
     run(0, M68K_OK, CODE + 2, -4);
