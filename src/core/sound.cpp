@@ -166,11 +166,10 @@ uint16_t dsp_read16(uint32_t address) {
 }
 
 uint32_t dsp_read32(uint32_t address) {
-    if (address == JOYSTICK) {
-        const uint32_t joystick = joypad_read_joystick(sound.joystick_latch) & 0xFFFE;
-        const uint32_t eeprom_bit = static_cast<uint32_t>(eeprom_read_bit());
-        return (joystick << 16) | (eeprom_bit << 16) | joypad_read_buttons(sound.joystick_latch);
-    }
+    // The high half is the word read of the joystick port (EEPROM bit included), the low half
+    // the button port.
+    if (address == JOYSTICK)
+        return static_cast<uint32_t>(dsp_read16(JOYSTICK)) << 16 | joypad_read_buttons(sound.joystick_latch);
     // The DSP control block (0xF1A100, 0xF1A114, 0xF1A11C) has no DSP core behind it yet.
     log_printf("DSP Read32 from %08X\n", address);
     return 0;
