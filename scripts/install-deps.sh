@@ -6,6 +6,7 @@ packages=(
   cmake ninja-build g++ binutils         # toolchain (binutils: nm for the export check)
   libgtest-dev libbenchmark-dev          # tests and benchmarks
   libpng-dev libcli11-dev                # vemo-run: PNG output, command line
+  nettle-dev libsndfile1-dev             # vemo-run: frame digests (SHA-256), WAV output
   binutils-m68k-linux-gnu                # assembling 68000 test programs
 )
 

@@ -20,12 +20,14 @@ vemo_joypad joypad_slots[2];
 char eeprom_file_path[PATH_SIZE];
 vemo_frame_info core_frame_info;
 bool machine_started;
+log_observer_fn log_observer;
 
 void log_printf(const char* format, ...) {
     va_list args;
     va_start(args, format);
     std::vsnprintf(log_text, sizeof log_text, format, args);
     va_end(args);
+    if (log_observer) log_observer(log_text);
 }
 
 void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width) {

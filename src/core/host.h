@@ -2,7 +2,7 @@
 // the controller slots and the row-timing record.
 //
 // Offers: log_printf/log_text (every message of the core goes through log_printf; each message
-// replaces the previous one), core_config, joypad_slots, eeprom_file_path, set_row_timing,
+// replaces the previous one), log_observer, core_config, joypad_slots, eeprom_file_path, set_row_timing,
 // load_file. The six exported functions are declared in vemocore.h.
 // Needs: memory.h for the buffers vemo_init allocates.
 #pragma once
@@ -20,6 +20,11 @@ extern vemo_joypad joypad_slots[2];
 extern char eeprom_file_path[PATH_SIZE];
 
 void log_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Tools that list every message (vemo-run --log) set an observer: log_printf hands it each
+// message once formatted. Unset (the library's own state), it costs log_printf one test.
+using log_observer_fn = void (*)(const char* message);
+extern log_observer_fn log_observer;
 
 // Stores a frame-buffer row's timing pair into the frame-information record (row 0 to 255).
 void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width);

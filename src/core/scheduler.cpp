@@ -8,6 +8,7 @@
 #include "core/sound.h"
 #include "core/video.h"
 #include "m68k/m68k.h"
+#include "m68k/m68k_trace.h"
 #include "objproc/objproc.h"
 
 uint8_t scheduler_tick_marks[LINES_PER_FRAME];
@@ -74,7 +75,7 @@ extern "C" VEMO_API int32_t vemo_run_frame(void) {
         video.vc = static_cast<uint16_t>(line);
         video.hc = 0;
         for (int slice = 0; slice < SLICES_PER_LINE; ++slice) {
-            m68k_execute(M68K_SLICE_CYCLES);
+            m68k_run_slice(M68K_SLICE_CYCLES);  // m68k_execute, or its traced form
             // The GPU's slice (gpu_execute(GPU_SLICE_CYCLES), 0 ends the frame) joins here.
             video.hc = static_cast<uint16_t>(HC_SLICE_STEP * slice);
         }

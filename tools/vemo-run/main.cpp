@@ -1,7 +1,9 @@
-// vemo-run: runs a console program headless for a number of frames through the core's public
-// interface, optionally saving pictures, and prints a short summary.
-#include <CLI/CLI.hpp>
-
+// vemo-run: runs a console program headless for a number of frames, with scripted input,
+// pictures, sound, frame digests, instruction traces and the core's messages, and prints a
+// short summary.
+//
+// It drives the machine through the six public functions; the traces and the message list
+// reach into the core's internals, so it links the static library built from the same sources.
 #include <cctype>
 #include <cerrno>
 #include <chrono>
@@ -9,36 +11,24 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 
+#include "core_messages.h"
+#include "frame_hash.h"
+#include "input_script.h"
+#include "options.h"
 #include "picture.h"
 #include "png_file.h"
+#include "progress.h"
+#include "traces.h"
 #include "vemocore.h"
+#include "wav_file.h"
 
 namespace {
 
-// Exit codes.
-constexpr int EXIT_OK = 0;
-constexpr int EXIT_RUN_FAILED = 1;  // the core did not start, a frame stopped early, a PNG failed
-constexpr int EXIT_BAD_INPUT = 2;   // bad command line, missing or unreadable file
-
 // Console programs are conventionally loaded at 0x4000, just above the vector table.
 constexpr uint32_t DEFAULT_LOAD_ADDRESS = 0x4000;
-
-struct run_options {
-    std::string cartridge;
-    std::string program;
-    std::string load_address_text;
-    std::string boot_rom;
-    std::string eeprom;
-    long frames = 60;
-    bool audio = false;
-    bool timer_ticks = false;
-    bool dsp_always_run = false;
-    std::string png;
-    std::string png_dir;
-    long every = 1;
-};
 
 // The core's message without its trailing line feed, or "(none)".
 std::string core_message() {
@@ -130,71 +120,154 @@ bool fill_config(const run_options& o, vemo_config& config) {
     return true;
 }
 
-bool save_frame(const std::string& path, rgb_picture& picture) {
-    vemo_frame_info info{};
-    vemo_get_frame_info(&info);
-    picture_from_frame(info, picture);
-    std::string error;
-    if (!write_png(path, picture, error)) {
-        std::fprintf(stderr, "vemo-run: cannot write '%s': %s\n", path.c_str(), error.c_str());
-        return false;
-    }
-    return true;
-}
-
 std::string series_path(const std::string& dir, long frame) {
     char name[32];
     std::snprintf(name, sizeof name, "frame-%06ld.png", frame);
     return (std::filesystem::path(dir) / name).string();
 }
 
-int run(const run_options& o) {
-    vemo_config config;
-    if (!fill_config(o, config)) return EXIT_BAD_INPUT;
-    if (!o.png_dir.empty()) {
-        std::error_code ec;
-        std::filesystem::create_directories(o.png_dir, ec);
-        if (ec) {
-            std::fprintf(stderr, "vemo-run: cannot create '%s': %s\n", o.png_dir.c_str(), ec.message().c_str());
-            return EXIT_BAD_INPUT;
-        }
-    }
-
-    if (!vemo_init(&config)) {
-        std::fprintf(stderr, "vemo-run: the core did not start: %s\n", core_message().c_str());
-        vemo_shutdown();
-        return EXIT_RUN_FAILED;
-    }
-
-    // No one holds the controller.
-    const vemo_joypad released{};
+// What a run writes besides its summary, frame by frame.
+struct frame_outputs {
+    const run_options& o;
+    std::string picture_dir;  // of --png-dir and --png-at
+    std::unique_ptr<wav_output> wav;
+    size_t next_png_at = 0;
+    vemo_frame_info info{};
     rgb_picture picture;
-    int status = EXIT_OK;
-    long frames_run = 0;
-    const auto start = std::chrono::steady_clock::now();
-    for (long frame = 1; frame <= o.frames; ++frame) {
-        vemo_set_joypad_state(0, &released);
-        if (!vemo_run_frame()) {
-            std::fprintf(stderr, "vemo-run: frame %ld stopped early: %s\n", frame, core_message().c_str());
-            status = EXIT_RUN_FAILED;
-            break;
-        }
-        frames_run = frame;
-        if (!o.png_dir.empty() && frame % o.every == 0 &&
-            !save_frame(series_path(o.png_dir, frame), picture)) {
-            status = EXIT_RUN_FAILED;
-            break;
-        }
+    bool picture_ready = false;
+
+    explicit frame_outputs(const run_options& options) : o(options) {
+        picture_dir = !o.png_dir.empty() ? o.png_dir : !o.png_at.empty() ? "." : "";
+        if (!o.wav.empty()) wav = std::make_unique<wav_output>(o.wav);
     }
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
-    // The last frame, complete or not: a picture of where a program stopped helps find why.
-    if (!o.png.empty() && !save_frame(o.png, picture)) status = EXIT_RUN_FAILED;
+    // The frame just run: its record, and its picture when something needs it.
+    const rgb_picture& current_picture() {
+        if (!picture_ready) picture_from_frame(info, picture);
+        picture_ready = true;
+        return picture;
+    }
+    void refresh() {
+        vemo_get_frame_info(&info);
+        picture_ready = false;
+    }
 
+    bool wants_series_picture(long frame) {
+        if (!o.png_at.empty()) {
+            if (next_png_at >= o.png_at.size() || o.png_at[next_png_at] != frame) return false;
+            ++next_png_at;
+            return true;
+        }
+        return !o.png_dir.empty() && frame % o.every == 0;
+    }
+
+    bool save_picture(const std::string& path) {
+        std::string error;
+        if (write_png(path, current_picture(), error)) return true;
+        std::fprintf(stderr, "vemo-run: cannot write '%s': %s\n", path.c_str(), error.c_str());
+        return false;
+    }
+
+    void print_hash(long frame) { std::printf("frame %ld hash %s\n", frame, frame_hash(info, current_picture()).c_str()); }
+
+    // Everything a finished frame asks for; false when a file could not be written.
+    bool frame_done(long frame) {
+        refresh();
+        if (o.hash == hash_mode::every_frame) print_hash(frame);
+        if (wants_series_picture(frame) && !save_picture(series_path(picture_dir, frame))) return false;
+        std::string error;
+        if (wav && !wav->add_frame(info, frame, error)) {
+            std::fprintf(stderr, "vemo-run: %s\n", error.c_str());
+            return false;
+        }
+        return true;
+    }
+
+    // After the last frame (complete or not: a picture of where a program stopped helps find why).
+    bool run_done(long frames_run) {
+        refresh();
+        bool ok = true;
+        if (o.hash == hash_mode::last_frame && frames_run > 0) print_hash(frames_run);
+        if (!o.png.empty()) ok = save_picture(o.png) && ok;
+        std::string notes, error;
+        if (wav && !wav->close(notes, error)) {
+            std::fprintf(stderr, "vemo-run: %s\n", error.c_str());
+            ok = false;
+        }
+        if (!notes.empty()) std::fprintf(stderr, "vemo-run: --wav: %s\n", notes.c_str());
+        return ok;
+    }
+};
+
+bool prepare_picture_dir(const std::string& dir) {
+    if (dir.empty()) return true;
+    std::error_code ec;
+    std::filesystem::create_directories(dir, ec);
+    if (!ec) return true;
+    std::fprintf(stderr, "vemo-run: cannot create '%s': %s\n", dir.c_str(), ec.message().c_str());
+    return false;
+}
+
+void print_summary(const run_options& o, long frames_run, double seconds) {
     std::printf("frames run: %ld of %ld\n", frames_run, o.frames);
     std::printf("wall time: %.3f s\n", seconds);
     std::printf("frames per second: %.1f\n", seconds > 0 ? frames_run / seconds : 0.0);
-    std::printf("core's last message: %s\n", core_message().c_str());
+    if (o.log) core_messages_print(stdout);
+    else std::printf("core's last message: %s\n", core_message().c_str());
+}
+
+// Runs the frames; returns the exit status.
+int run_frames(const run_options& o, const input_script& script, frame_outputs& out) {
+    int status = EXIT_OK;
+    long frames_run = 0;
+    const auto start = std::chrono::steady_clock::now();
+    {
+        progress_line progress(o.frames);
+        for (long frame = 1; frame <= o.frames; ++frame) {
+            core_messages_frame(frame);
+            const vemo_joypad pad = joypad_for_frame(script, frame);
+            vemo_set_joypad_state(0, &pad);
+            if (!vemo_run_frame()) {
+                std::fprintf(stderr, "vemo-run: frame %ld stopped early: %s\n", frame, core_message().c_str());
+                status = EXIT_RUN_FAILED;
+                break;
+            }
+            frames_run = frame;
+            if (!out.frame_done(frame)) {
+                status = EXIT_RUN_FAILED;
+                break;
+            }
+            progress.frame_done(frame);
+        }
+    }
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    if (!out.run_done(frames_run)) status = EXIT_RUN_FAILED;
+    print_summary(o, frames_run, seconds);
+    return status;
+}
+
+int run(const run_options& o) {
+    vemo_config config;
+    if (!fill_config(o, config)) return EXIT_BAD_INPUT;
+    input_script script;
+    std::string error;
+    if (!o.input.empty() && !read_input_script(o.input, script, error)) {
+        std::fprintf(stderr, "vemo-run: %s\n", error.c_str());
+        return EXIT_BAD_INPUT;
+    }
+    frame_outputs out(o);
+    if (!prepare_picture_dir(out.picture_dir)) return EXIT_BAD_INPUT;
+
+    if (o.log) core_messages_start();
+    int status = EXIT_RUN_FAILED;
+    if (vemo_init(&config)) {
+        trace_68k_start(o.trace_68k);
+        status = run_frames(o, script, out);
+        trace_stop();
+    } else {
+        std::fprintf(stderr, "vemo-run: the core did not start: %s\n", core_message().c_str());
+    }
+    core_messages_stop();
     vemo_shutdown();
     return status;
 }
@@ -203,54 +276,7 @@ int run(const run_options& o) {
 
 int main(int argc, char** argv) {
     run_options o;
-    CLI::App app{
-        "Runs a console program headless through vemocore, for a number of frames, and prints\n"
-        "frames run, wall time, frames per second and the core's last message."};
-    app.footer(
-        "Pictures: each row is cropped to its displayed width; the picture has the frame-buffer\n"
-        "rows up to the last one the Object Processor drew.\n"
-        "Exit status: 0 all frames ran; 1 the core did not start, a frame stopped early or a\n"
-        "picture could not be written; 2 bad arguments or a missing or unreadable file.");
-
-    auto* cartridge = app.add_option("GAME", o.cartridge, "Cartridge image (.j64) to run");
-    auto* program = app.add_option("--program", o.program, "Program image to place in RAM and run instead of a cartridge")
-                        ->type_name("FILE");
-    app.add_option("--load-address", o.load_address_text,
-                   "RAM address of the program image and its start address (0x4000, $4000 or 16384; default 0x4000)")
-        ->type_name("ADDR")
-        ->needs(program);
-    cartridge->excludes(program);
-    app.add_option("--boot-rom", o.boot_rom, "Boot ROM image: the 68000 starts in it")->type_name("FILE");
-    app.add_option("--eeprom", o.eeprom,
-                   "128-byte EEPROM save file, read at start and written when the program saves "
-                   "(without it, saves go nowhere)")
-        ->type_name("FILE");
-    app.add_option("--frames", o.frames, "Frames to run (default 60, one second of console time)")
-        ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
-    auto* audio = app.add_flag("--audio", o.audio, "Enable audio: sample ticks, DSP interrupts, a DSP slice per line");
-    app.add_flag("--timer-ticks", o.timer_ticks, "Let the sound chip's two timers interrupt the DSP")
-        ->needs(audio);
-    app.add_flag("--dsp-always-run", o.dsp_always_run, "Run the DSP on every line even without --audio");
-    app.add_option("--png", o.png, "Write the last frame's picture to this PNG file")->type_name("FILE");
-    auto* png_dir = app.add_option("--png-dir", o.png_dir, "Write a numbered picture series (frame-NNNNNN.png) here")
-                        ->type_name("DIR");
-    app.add_option("--every", o.every, "With --png-dir: save every K-th frame (default 1)")
-        ->type_name("K")
-        ->check(CLI::PositiveNumber)
-        ->needs(png_dir);
-
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
-    } catch (const CLI::ParseError& e) {
-        app.exit(e);
-        return EXIT_BAD_INPUT;
-    }
-    if (o.cartridge.empty() && o.program.empty()) {
-        std::fprintf(stderr, "vemo-run: give a cartridge image or --program FILE (see --help)\n");
-        return EXIT_BAD_INPUT;
-    }
+    const int status = parse_command_line(argc, argv, o);
+    if (status >= 0) return status;
     return run(o);
 }
