@@ -9,45 +9,16 @@
 #include <string>
 #include <utility>
 
-#include "png_read.h"
-#include "support/temp_files.h"
+#include "vemo_run_fixture.h"
 #include "vemocore.h"
 
 namespace {
 
+using vemo_run_test::arg;
+using vemo_run_test::program_dir;
+using vemo_run_test::test_pattern;
+using vemo_run_test::VemoRun;
 namespace fs = std::filesystem;
-
-const std::string program_dir = VEMO_PROGRAM_DIR;
-
-// Single-quoted for the shell (the test paths hold no quote).
-std::string arg(const fs::path& path) { return std::string(1, '\'').append(path.string()).append(1, '\''); }
-
-const std::string test_pattern = arg(program_dir + "/test_pattern.bin");
-
-class VemoRun : public ::testing::Test {
-protected:
-    fs::path dir = test_support::scratch_dir() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    std::string output;  // stdout and stderr of the last run, together
-
-    void SetUp() override { fs::create_directories(dir); }
-    void TearDown() override { fs::remove_all(dir); }
-
-    // Runs vemo-run as a user would; returns its exit status.
-    int run(const std::string& arguments) {
-        output.clear();
-        FILE* pipe = popen((arg(std::string(VEMO_BIN_DIR) + "/vemo-run") + " " + arguments + " 2>&1").c_str(), "r");
-        if (!pipe) return -1;
-        char buffer[4096];
-        for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
-        const int status = pclose(pipe);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    // Runs the program and reads back the picture of its last frame.
-    rgb_picture picture_of(const std::string& arguments) {
-        EXPECT_EQ(run(arguments + " --png " + arg(dir / "p.png")), 0) << output;
-        return read_png((dir / "p.png").string());
-    }
-};
 
 // Status 2: the run never started (a file or the command line is wrong); 1: it failed later.
 TEST_F(VemoRun, EveryFailureEndsTheRunWithItsMessageAndStatus) {

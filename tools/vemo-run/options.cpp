@@ -11,6 +11,14 @@ namespace {
 
 // "1,60,600": frames to save, counted from 1, within the run.
 bool parse_frame_list(const std::string& text, long frames, std::vector<long>& list) {
+    if (text.empty()) {
+        std::fprintf(stderr, "vemo-run: --png-at: give frame numbers, such as 1,60,600\n");
+        return false;
+    }
+    if (text.front() == ',' || text.back() == ',' || text.find(",,") != std::string::npos) {
+        std::fprintf(stderr, "vemo-run: --png-at: '%s' has an empty item\n", text.c_str());
+        return false;
+    }
     std::istringstream items(text);
     std::string item;
     while (std::getline(items, item, ',')) {
@@ -30,10 +38,6 @@ bool parse_frame_list(const std::string& text, long frames, std::vector<long>& l
             return false;
         }
         list.push_back(frame);
-    }
-    if (list.empty()) {
-        std::fprintf(stderr, "vemo-run: --png-at: give frame numbers, such as 1,60,600\n");
-        return false;
     }
     std::sort(list.begin(), list.end());
     list.erase(std::unique(list.begin(), list.end()), list.end());

@@ -1,0 +1,219 @@
+// vemo-run as a homebrew developer's workbench: scripted input, frame digests, chosen pictures,
+// the run's sound, instruction traces, every core message and the progress line, on
+// programs/joypad_echo.s, which shows, sounds and reports what the controller holds.
+#include <pty.h>
+#include <signal.h>
+#include <sndfile.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <vector>
+
+#include "vemo_run_fixture.h"
+#include "vemocore.h"
+
+namespace {
+
+using vemo_run_test::arg;
+using vemo_run_test::program_dir;
+using vemo_run_test::test_pattern;
+namespace fs = std::filesystem;
+
+const std::string echo = "--program " + arg(program_dir + "/joypad_echo.bin");
+
+class Workbench : public vemo_run_test::VemoRun {
+protected:
+    std::string script(const std::string& name, const std::string& text) {
+        std::ofstream(dir / name) << text;
+        return arg(dir / name);
+    }
+    // The lines of the last output that match pattern.
+    std::vector<std::string> lines(const std::string& pattern) {
+        std::vector<std::string> found;
+        std::istringstream in(output);
+        const std::regex re(pattern);
+        for (std::string line; std::getline(in, line);)
+            if (std::regex_search(line, re)) found.push_back(line);
+        return found;
+    }
+    std::vector<std::string> hashes(const std::string& arguments) {
+        EXPECT_EQ(run(arguments + " --hash"), 0) << output;
+        return lines("^frame [0-9]+ hash [0-9a-f]{64}$");
+    }
+};
+
+TEST_F(Workbench, TheSameImageSwitchesAndScriptGiveTheSameDigestsAndInputChangesThem) {
+    const std::string a_from_3 = script("a.txt", "3-4 a  # A from frame 3\n");
+    const std::string run_args = echo + " --frames 6 --input " + a_from_3;
+    const std::vector<std::string> first = hashes(run_args);
+    ASSERT_EQ(first.size(), 6u);
+    EXPECT_EQ(output.find('\r'), std::string::npos);  // no progress line into a pipe
+    EXPECT_EQ(hashes(run_args), first);
+    // Tracing, listing messages and writing files observe the run without changing it.
+    EXPECT_EQ(hashes(run_args + " --trace-68k 3000 --log --wav " + arg(dir / "s.wav") + " --png-at 2"), first);
+
+    // Another script: the same digests up to the frame where the input differs, then others.
+    const std::vector<std::string> other = hashes(echo + " --frames 6 --input " + script("b.txt", "4 up\n"));
+    ASSERT_EQ(other.size(), 6u);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(other[i] == first[i], i < 2) << i;
+    // Without a script nothing is held: frames 1 and 2 as above.
+    const std::vector<std::string> none = hashes(echo + " --frames 6");
+    EXPECT_EQ(none[1], first[1]);
+
+    // --hash last: only the last frame's line, the same as in the full list.
+    ASSERT_EQ(run(run_args + " --hash last"), 0);
+    EXPECT_EQ(lines(" hash "), std::vector<std::string>{first.back()});
+}
+
+TEST_F(Workbench, ChosenFramesAreSavedAsPicturesOfThoseFrames) {
+    const std::string a = script("a.txt", "2 a\n");
+    ASSERT_EQ(run(echo + " --frames 3 --input " + a + " --png-at 3,2 --png-dir " + arg(dir / "shots")), 0) << output;
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir / "shots"), fs::directory_iterator()), 2);
+    for (int frame : {2, 3}) {
+        const rgb_picture p = read_png((dir / "shots" / ("frame-00000" + std::to_string(frame) + ".png")).string());
+        EXPECT_EQ(p.pixels, picture_of(echo + " --input " + a + " --frames " + std::to_string(frame)).pixels);
+    }
+    // A held shows in the bitmap's colour (top left) and nowhere else.
+    const rgb_picture held = read_png((dir / "shots" / "frame-000002.png").string());
+    const rgb_picture released = read_png((dir / "shots" / "frame-000003.png").string());
+    EXPECT_NE(pixel(held, 0, 0), pixel(released, 0, 0));
+    EXPECT_EQ(pixel(held, 16, 0), pixel(released, 16, 0));
+
+    // Frames outside the run, and lists that are no lists, are refused before it starts.
+    const struct { std::string list, message; } refused[] = {
+        {"0", "--png-at: '0' is not a frame number"}, {"2,x", "--png-at: 'x' is not a frame number"},
+        {"4", "--png-at: frame 4 is past the run's last frame, 3"}, {"2,", "--png-at: '2,' has an empty item"},
+        {"''", "--png-at: give frame numbers"},
+    };
+    for (const auto& r : refused) {
+        EXPECT_EQ(run(echo + " --frames 3 --png-at " + r.list), 2) << r.list;
+        EXPECT_NE(output.find(r.message), std::string::npos) << output;
+    }
+}
+
+TEST_F(Workbench, ScriptMistakesAndBadSwitchesStopTheRunBeforeItStarts) {
+    const struct { std::string arguments, message; } cases[] = {
+        {"--input " + script("s.txt", "1-10 a\n11 jump\n"), "s.txt:2: unknown control 'jump'"},
+        {"--input " + arg(dir / "none.txt"), "cannot read input script"},
+        {"--hash every3", "--hash: every3 not in {every,last}"},
+        {"--trace-68k -1", "--trace-68k: Value -1 not in range"},
+        {"--png-at 1 --every 2 --png-dir " + arg(dir), "excludes --png-at"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(run(echo + " " + c.arguments), 2) << c.arguments;
+        EXPECT_NE(output.find(c.message), std::string::npos) << c.arguments << "\n" << output;
+        EXPECT_EQ(output.find("frames run"), std::string::npos) << c.arguments;
+    }
+}
+
+// The program's sound as the core reports it frame by frame, from the library itself.
+std::vector<short> samples_of_first_frames(int frames) {
+    vemo_config config{};
+    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", (program_dir + "/joypad_echo.bin").c_str());
+    config.load_program = 1;
+    config.load_address = 0x4000;
+    std::vector<short> pairs;
+    EXPECT_EQ(vemo_init(&config), 1);
+    for (int f = 0; f < frames && vemo_run_frame(); ++f) {
+        vemo_frame_info info;
+        vemo_get_frame_info(&info);
+        EXPECT_EQ(info.audio_left_count, info.audio_right_count);
+        EXPECT_EQ(info.audio_rate, 20774);
+        for (uint32_t i = 0; i < info.audio_left_count; ++i)
+            pairs.insert(pairs.end(), {info.audio_left[i], info.audio_right[i]});
+    }
+    vemo_shutdown();
+    return pairs;
+}
+
+TEST_F(Workbench, TheWavFileHoldsBothChannelsOfEveryFrameAtTheReportedRate) {
+    ASSERT_EQ(run(echo + " --frames 3 --wav " + arg(dir / "s.wav")), 0) << output;
+    SF_INFO format{};
+    SNDFILE* file = sf_open((dir / "s.wav").c_str(), SFM_READ, &format);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(format.channels, 2);
+    EXPECT_EQ(format.samplerate, 20774);
+    EXPECT_EQ(format.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    std::vector<short> read(2 * format.frames);
+    EXPECT_EQ(sf_readf_short(file, read.data(), format.frames), format.frames);
+    sf_close(file);
+    const std::vector<short> expected = samples_of_first_frames(3);
+    EXPECT_GT(expected.size(), 300u);
+    EXPECT_EQ(read, expected);
+    EXPECT_EQ(read[0], 0x80);  // nothing held: the colour 0x0080 left, its negation right
+    EXPECT_EQ(read[1], -0x80);
+
+    // A program that makes no sound still gives a file, with none, and says so.
+    ASSERT_EQ(run("--program " + test_pattern + " --frames 2 --wav " + arg(dir / "quiet.wav")), 0);
+    EXPECT_NE(output.find("the run made no samples"), std::string::npos) << output;
+    file = sf_open((dir / "quiet.wav").c_str(), SFM_READ, &format);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(format.frames, 0);
+    sf_close(file);
+}
+
+TEST_F(Workbench, TheLogListsEachMessageWithItsCountAndFirstFrame) {
+    ASSERT_EQ(run(echo + " --frames 4 --log --input " + script("a.txt", "3 a\n")), 0) << output;
+    const std::vector<std::string> listed = lines("DSP Write");
+    ASSERT_EQ(listed.size(), 2u) << output;
+    const std::regex row(R"(^ +([0-9]+) +([0-9]+)  DSP Write (0001|00AA) to 00F1A1F0$)");
+    std::smatch released, held;
+    ASSERT_TRUE(std::regex_match(listed[0], released, row)) << listed[0];
+    ASSERT_TRUE(std::regex_match(listed[1], held, row)) << listed[1];
+    EXPECT_EQ(released[2], "1");
+    EXPECT_EQ(released[3], "0001");
+    EXPECT_EQ(held[2], "3");
+    EXPECT_EQ(held[3], "00AA");
+    // One message per pass of the program's loop, in every frame: counts in proportion.
+    const long a = std::stol(released[1]), b = std::stol(held[1]);
+    EXPECT_GT(a, 2 * b);
+    EXPECT_LT(a, 4 * b);
+    EXPECT_NE(output.find("core messages: 2 distinct, " + std::to_string(a + b) + " in all"), std::string::npos);
+    EXPECT_EQ(output.find("core's last message"), std::string::npos);
+}
+
+TEST_F(Workbench, The68000TraceShowsTheFirstInstructionsWithTheirWordsAndWrites) {
+    ASSERT_EQ(run(echo + " --frames 2 --trace-68k 4"), 0) << output;
+    const std::vector<std::string> expected = {
+        "68k 00004000  2E7C 001F F000            movea.l #$1FF000,a7            a7=001FF000",
+        "68k 00004006  46FC 2700                 move.w #$2700,sr",
+        "68k 0000400A  23FC 0000 0013 00F1 A150  move.l #$13,$F1A150.l",
+        "68k 00004014  41F9 0001 0000            lea $10000.l,a0                a0=00010000",
+    };
+    EXPECT_EQ(lines("^68k "), expected);
+    // A trace longer than a slice goes on across slices until its count is used up.
+    ASSERT_EQ(run(echo + " --frames 1 --trace-68k 2000"), 0);
+    EXPECT_EQ(lines("^68k [0-9A-F]{8} ").size(), 2000u);
+}
+
+// On a terminal a long run shows its progress; the pseudo-terminal stands in for one.
+TEST_F(Workbench, ALongRunOnATerminalShowsItsProgress) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const std::string tool = std::string(VEMO_BIN_DIR) + "/vemo-run";
+        const std::string image = program_dir + "/test_pattern.bin";
+        execl(tool.c_str(), tool.c_str(), "--program", image.c_str(), "--frames", "100000000", nullptr);
+        _exit(127);
+    }
+    std::string seen;
+    const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    const std::regex progress(R"(\r\x1b\[Kframe [0-9]+ of 100000000 \([0-9]+%\), [0-9]+ frames per second)");
+    char buffer[512];
+    while (!std::regex_search(seen, progress) && std::chrono::steady_clock::now() < give_up) {
+        const ssize_t n = read(terminal, buffer, sizeof buffer);
+        if (n <= 0) break;
+        seen.append(buffer, static_cast<size_t>(n));
+    }
+    kill(child, SIGTERM);
+    waitpid(child, nullptr, 0);
+    close(terminal);
+    EXPECT_TRUE(std::regex_search(seen, progress)) << seen;
+}
+
+}  // namespace
