@@ -188,6 +188,13 @@ TEST_F(Workbench, The68000TraceShowsTheFirstInstructionsWithTheirWordsAndWrites)
     // A trace longer than a slice goes on across slices until its count is used up.
     ASSERT_EQ(run(echo + " --frames 1 --trace-68k 2000"), 0);
     EXPECT_EQ(lines("^68k [0-9A-F]{8} ").size(), 2000u);
+
+    // The core's frame-counter cartridge takes its video-line interrupt in the first frame: a
+    // line says so before the handler's first instruction, its MOVEM.
+    std::ifstream program(program_dir + "/cart_frame_counter.bin", std::ios::binary);
+    std::ofstream(dir / "counter.j64", std::ios::binary) << std::string(0x2000, '\0') << program.rdbuf();
+    ASSERT_EQ(run(arg(dir / "counter.j64") + " --frames 1 --trace-68k 100000"), 0);
+    EXPECT_TRUE(std::regex_search(output, std::regex("\n68k interrupt: level 2 taken\n68k 0080[0-9A-F]{4}  48E7 ")));
 }
 
 // On a terminal a long run shows its progress; the pseudo-terminal stands in for one.

@@ -173,7 +173,8 @@ struct frame_outputs {
     // Everything a finished frame asks for; false when a file could not be written.
     bool frame_done(long frame) {
         refresh();
-        if (o.hash == hash_mode::every_frame) print_hash(frame);
+        if (o.hash == hash_mode::every_frame || (o.hash == hash_mode::last_frame && frame == o.frames))
+            print_hash(frame);
         if (wants_series_picture(frame) && !save_picture(series_path(picture_dir, frame))) return false;
         std::string error;
         if (wav && !wav->add_frame(info, frame, error)) {
@@ -184,10 +185,9 @@ struct frame_outputs {
     }
 
     // After the last frame (complete or not: a picture of where a program stopped helps find why).
-    bool run_done(long frames_run) {
+    bool run_done() {
         refresh();
         bool ok = true;
-        if (o.hash == hash_mode::last_frame && frames_run > 0) print_hash(frames_run);
         if (!o.png.empty()) ok = save_picture(o.png) && ok;
         std::string notes, error;
         if (wav && !wav->close(notes, error)) {
@@ -241,7 +241,7 @@ int run_frames(const run_options& o, const input_script& script, frame_outputs& 
         }
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (!out.run_done(frames_run)) status = EXIT_RUN_FAILED;
+    if (!out.run_done()) status = EXIT_RUN_FAILED;
     print_summary(o, frames_run, seconds);
     return status;
 }
