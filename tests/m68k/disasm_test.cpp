@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -23,15 +22,20 @@ struct disasm_case {
 
 // The lines of disasm_cases.txt as the build assembled them: comments and blank lines skipped,
 // the source before "=>", the expected text after it.
+std::string trimmed(const std::string& text) {
+    const size_t first = text.find_first_not_of(" \t");
+    if (first == std::string::npos) return "";
+    return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
+}
+
 std::vector<disasm_case> read_cases() {
     std::ifstream file(VEMO_DISASM_CASES);
-    const std::regex skipped(R"(^[ \t]*(#.*)?$)"), row(R"(^[ \t]*(.*?)[ \t]*=>[ \t]*(.*?)[ \t]*$)");
     std::vector<disasm_case> cases;
-    std::smatch m;
     for (std::string line; std::getline(file, line);) {
-        if (std::regex_match(line, skipped)) continue;
-        if (std::regex_match(line, m, row)) cases.push_back({m[1], m[2]});
-        else ADD_FAILURE() << "not a case: " << line;
+        if (trimmed(line).empty() || trimmed(line)[0] == '#') continue;
+        const size_t arrow = line.find("=>");
+        if (arrow == std::string::npos) ADD_FAILURE() << "not a case: " << line;
+        else cases.push_back({trimmed(line.substr(0, arrow)), trimmed(line.substr(arrow + 2))});
     }
     return cases;
 }

@@ -9,7 +9,6 @@
 
 #include <chrono>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -31,18 +30,25 @@ protected:
         std::ofstream(dir / name) << text;
         return arg(dir / name);
     }
-    // The lines of the last output that match pattern.
-    std::vector<std::string> lines(const std::string& pattern) {
+    // The lines of the last output that start with text, or hold it anywhere.
+    std::vector<std::string> lines(const std::string& text, bool at_start = true) {
         std::vector<std::string> found;
         std::istringstream in(output);
-        const std::regex re(pattern);
         for (std::string line; std::getline(in, line);)
-            if (std::regex_search(line, re)) found.push_back(line);
+            if (at_start ? line.rfind(text, 0) == 0 : line.find(text) != std::string::npos) found.push_back(line);
         return found;
     }
+    // "frame N hash" lines, each checked to end in 64 hexadecimal digits.
     std::vector<std::string> hashes(const std::string& arguments) {
         EXPECT_EQ(run(arguments + " --hash"), 0) << output;
-        return lines("^frame [0-9]+ hash [0-9a-f]{64}$");
+        const std::vector<std::string> found = lines("frame ");
+        for (const std::string& line : found) {
+            const size_t at = line.find(" hash ");
+            EXPECT_TRUE(at != std::string::npos && line.size() == at + 6 + 64 &&
+                        line.find_first_not_of("0123456789abcdef", at + 6) == std::string::npos)
+                << line;
+        }
+        return found;
     }
 };
 
@@ -54,7 +60,7 @@ TEST_F(Workbench, TheSameImageSwitchesAndScriptGiveTheSameDigestsAndInputChanges
     EXPECT_EQ(output.find('\r'), std::string::npos);  // no progress line into a pipe
     EXPECT_EQ(hashes(run_args), first);
     // Tracing, listing messages and writing files observe the run without changing it.
-    EXPECT_EQ(hashes(run_args + " --trace-68k 3000 --log --wav " + arg(dir / "s.wav") + " --png-at 2"), first);
+    EXPECT_EQ(hashes(run_args + " --trace-68k 3000 --log --wav " + arg(dir / "s.wav") + " --png-at 2 --png-dir " + arg(dir)), first);
 
     // Another script: the same digests up to the frame where the input differs, then others.
     const std::vector<std::string> other = hashes(echo + " --frames 6 --input " + script("b.txt", "4 up\n"));
@@ -66,7 +72,7 @@ TEST_F(Workbench, TheSameImageSwitchesAndScriptGiveTheSameDigestsAndInputChanges
 
     // --hash last: only the last frame's line, the same as in the full list.
     ASSERT_EQ(run(run_args + " --hash last"), 0);
-    EXPECT_EQ(lines(" hash "), std::vector<std::string>{first.back()});
+    EXPECT_EQ(lines("frame "), std::vector<std::string>{first.back()});
 }
 
 TEST_F(Workbench, ChosenFramesAreSavedAsPicturesOfThoseFrames) {
@@ -158,18 +164,22 @@ TEST_F(Workbench, TheWavFileHoldsBothChannelsOfEveryFrameAtTheReportedRate) {
 
 TEST_F(Workbench, TheLogListsEachMessageWithItsCountAndFirstFrame) {
     ASSERT_EQ(run(echo + " --frames 4 --log --input " + script("a.txt", "3 a\n")), 0) << output;
-    const std::vector<std::string> listed = lines("DSP Write");
+    // Rows of count, first frame and message, in the order the messages first came.
+    const std::vector<std::string> listed = lines("DSP Write", false);
     ASSERT_EQ(listed.size(), 2u) << output;
-    const std::regex row(R"(^ +([0-9]+) +([0-9]+)  DSP Write (0001|00AA) to 00F1A1F0$)");
-    std::smatch released, held;
-    ASSERT_TRUE(std::regex_match(listed[0], released, row)) << listed[0];
-    ASSERT_TRUE(std::regex_match(listed[1], held, row)) << listed[1];
-    EXPECT_EQ(released[2], "1");
-    EXPECT_EQ(released[3], "0001");
-    EXPECT_EQ(held[2], "3");
-    EXPECT_EQ(held[3], "00AA");
+    long counts[2], first_frames[2];
+    char values[2][8];
+    for (int i = 0; i < 2; ++i)
+        ASSERT_EQ(std::sscanf(listed[i].c_str(), " %ld %ld DSP Write %7s to 00F1A1F0", &counts[i], &first_frames[i],
+                              values[i]),
+                  3)
+            << listed[i];
+    EXPECT_EQ(first_frames[0], 1);
+    EXPECT_STREQ(values[0], "0001");
+    EXPECT_EQ(first_frames[1], 3);
+    EXPECT_STREQ(values[1], "00AA");
     // One message per pass of the program's loop, in every frame: counts in proportion.
-    const long a = std::stol(released[1]), b = std::stol(held[1]);
+    const long a = counts[0], b = counts[1];
     EXPECT_GT(a, 2 * b);
     EXPECT_LT(a, 4 * b);
     EXPECT_NE(output.find("core messages: 2 distinct, " + std::to_string(a + b) + " in all"), std::string::npos);
@@ -184,17 +194,19 @@ TEST_F(Workbench, The68000TraceShowsTheFirstInstructionsWithTheirWordsAndWrites)
         "68k 0000400A  23FC 0000 0013 00F1 A150  move.l #$13,$F1A150.l",
         "68k 00004014  41F9 0001 0000            lea $10000.l,a0                a0=00010000",
     };
-    EXPECT_EQ(lines("^68k "), expected);
+    EXPECT_EQ(lines("68k "), expected);
     // A trace longer than a slice goes on across slices until its count is used up.
     ASSERT_EQ(run(echo + " --frames 1 --trace-68k 2000"), 0);
-    EXPECT_EQ(lines("^68k [0-9A-F]{8} ").size(), 2000u);
+    EXPECT_EQ(lines("68k 0").size(), 2000u);
 
     // The core's frame-counter cartridge takes its video-line interrupt in the first frame: a
     // line says so before the handler's first instruction, its MOVEM.
     std::ifstream program(program_dir + "/cart_frame_counter.bin", std::ios::binary);
     std::ofstream(dir / "counter.j64", std::ios::binary) << std::string(0x2000, '\0') << program.rdbuf();
     ASSERT_EQ(run(arg(dir / "counter.j64") + " --frames 1 --trace-68k 100000"), 0);
-    EXPECT_TRUE(std::regex_search(output, std::regex("\n68k interrupt: level 2 taken\n68k 0080[0-9A-F]{4}  48E7 ")));
+    const size_t taken = output.find("\n68k interrupt: level 2 taken\n68k 0080");
+    ASSERT_NE(taken, std::string::npos) << output.substr(0, 2000);
+    EXPECT_EQ(output.substr(taken + 42, 7), "  48E7 ") << output.substr(taken, 100);
 }
 
 // On a terminal a long run shows its progress; the pseudo-terminal stands in for one.
@@ -210,9 +222,14 @@ TEST_F(Workbench, ALongRunOnATerminalShowsItsProgress) {
     }
     std::string seen;
     const auto give_up = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    const std::regex progress(R"(\r\x1b\[Kframe [0-9]+ of 100000000 \([0-9]+%\), [0-9]+ frames per second)");
+    // A whole line: erased, then rewritten.
+    auto shows_progress = [&] {
+        const size_t line = seen.find("\r\x1b[Kframe ");
+        return line != std::string::npos && seen.find(" of 100000000 (0%), ", line) != std::string::npos &&
+               seen.find(" frames per second", line) != std::string::npos;
+    };
     char buffer[512];
-    while (!std::regex_search(seen, progress) && std::chrono::steady_clock::now() < give_up) {
+    while (!shows_progress() && std::chrono::steady_clock::now() < give_up) {
         const ssize_t n = read(terminal, buffer, sizeof buffer);
         if (n <= 0) break;
         seen.append(buffer, static_cast<size_t>(n));
@@ -220,7 +237,7 @@ TEST_F(Workbench, ALongRunOnATerminalShowsItsProgress) {
     kill(child, SIGTERM);
     waitpid(child, nullptr, 0);
     close(terminal);
-    EXPECT_TRUE(std::regex_search(seen, progress)) << seen;
+    EXPECT_TRUE(shows_progress()) << seen;
 }
 
 }  // namespace

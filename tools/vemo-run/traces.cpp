@@ -1,9 +1,13 @@
 // Writing instruction traces.
 #include "traces.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
+
+// The written registers start in this column, or after a longer disassembly.
+constexpr size_t DISASSEMBLY_END = 70;
 
 const char* const register_names[M68K_TRACE_REGISTERS] = {"d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "a0",
                                                           "a1", "a2", "a3", "a4", "a5", "a6", "a7", "sr"};
@@ -19,17 +23,22 @@ void print_68k(const m68k_trace_entry& entry) {
 std::string trace_68k_line(const m68k_trace_entry& entry) {
     char text[96];
     const int length = m68k_disassemble(entry.pc, entry.words, entry.word_count, text, sizeof text);
-    char line[320];
-    int n = std::snprintf(line, sizeof line, "68k %08X ", entry.pc);
-    for (int i = 0; i < M68K_MAX_INSTRUCTION_WORDS; ++i)
-        n += std::snprintf(line + n, sizeof line - n, i < length ? " %04X" : "     ", entry.words[i]);
-    n += std::snprintf(line + n, sizeof line - n, "  %-30s", text);
+    char field[40];
+    std::snprintf(field, sizeof field, "68k %08X ", entry.pc);
+    std::string line = field;
+    for (int i = 0; i < M68K_MAX_INSTRUCTION_WORDS; ++i) {
+        std::snprintf(field, sizeof field, i < length ? " %04X" : "     ", entry.words[i]);
+        line += field;
+    }
+    line += "  ";
+    line += text;
+    if (entry.written_mask) line.resize(std::max(line.size(), size_t{DISASSEMBLY_END}), ' ');
     for (int r = 0; r < M68K_TRACE_REGISTERS; ++r) {
         if (!(entry.written_mask & (1u << r))) continue;
-        n += std::snprintf(line + n, sizeof line - n, r == M68K_TRACE_SR ? " %s=%04X" : " %s=%08X",
-                           register_names[r], entry.written[r]);
+        std::snprintf(field, sizeof field, r == M68K_TRACE_SR ? " %s=%04X" : " %s=%08X", register_names[r],
+                      entry.written[r]);
+        line += field;
     }
-    while (n > 0 && line[n - 1] == ' ') line[--n] = 0;
     return line;
 }
 
