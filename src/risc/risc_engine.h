@@ -31,8 +31,8 @@ struct risc_core {
     uint32_t code_low;          // console address of that byte
     uint32_t code_size;         // bytes in the region
     uint32_t jump_state;        // 0 none, 1 the executing instruction took a jump, 2 delay slot
-    uint32_t jump_target;
     uint32_t switch_pc;         // pc at the last actual bank switch (the DSP's jump rule)
+    uint32_t jump_target;       // (apart from jump_state, so that the two stay scalars)
     bool in_slice;              // the slice loop is running (stores reach the control block)
     uint8_t cond_table[32][8];  // [condition code][4 N + 2 C + Z]
     uint32_t quick[32];         // q(n): 1..31, 32 for 0
@@ -172,6 +172,7 @@ struct risc_slice {
     uint32_t pc;           // the executing instruction's address
     uint32_t jump_state;
     uint32_t jump_target;
+    int32_t limit;         // the budget; 0 once a store has stopped the processor
 };
 
 namespace risc_ops {
@@ -207,8 +208,15 @@ RISC_INLINE bool in_local_ram(uint32_t a) {
 
 // Data accesses. The state's pc names the executing instruction while the bus works (G_PC
 // reads it); a store may change pc, the jump state, the banks or running under the loop.
+// An aligned long in the processor's own local RAM is the one access the engine serves itself:
+// the bus would read or write the same buffer long and nothing else.
+template <class P>
+RISC_INLINE bool own_aligned_long(uint32_t a) {
+    return (a & 3) == 0 && in_local_ram<P>(a);
+}
 template <class P>
 RISC_INLINE uint32_t load32(risc_slice& x, uint32_t a) {
+    if (own_aligned_long<P>(a)) return ws_read32(P::local_ram(), a - P::RAM_BASE);
     P::state().pc = x.pc;
     return bus_read32(a);
 }
@@ -234,9 +242,14 @@ RISC_INLINE void store(risc_slice& x, Write write) {
     x.pc = s.pc;
     x.jump_state = core.jump_state;
     x.jump_target = core.jump_target;
+    if (!s.running) x.limit = 0;  // the slice ends once this instruction is complete
 }
 template <class P>
 RISC_INLINE void store32(risc_slice& x, uint32_t a, uint32_t v) {
+    if (own_aligned_long<P>(a)) {
+        ws_write32(P::local_ram(), a - P::RAM_BASE, v);
+        return;
+    }
     store<P>(x, [=] { bus_write32(a, v); });
 }
 
@@ -683,25 +696,6 @@ static_assert(risc_handlers_match_opcode_tables(), "the handler table and the op
 // ---------------------------------------------------------------------------------------------
 // The slice loop.
 
-template <class P>
-RISC_INLINE void risc_dispatch(risc_slice& x, uint16_t w) {
-    using namespace risc_ops;
-    const uint32_t n = risc_first_field(w), d = risc_second_field(w);
-#define RISC_CASE(number, gpu_name, gpu_op, dsp_name, dsp_op)   \
-    case number:                                                \
-        if constexpr (P::processor == RISC_GPU)                 \
-            op_##gpu_op<P>(x, n, d, w);                         \
-        else                                                    \
-            op_##dsp_op<P>(x, n, d, w);                         \
-        return;
-    switch (risc_opcode_of(w)) {
-        RISC_HANDLERS(RISC_CASE)
-        default:
-            __builtin_unreachable();
-    }
-#undef RISC_CASE
-}
-
 // Reports the instruction just executed: its address and words and the registers it changed.
 template <class P>
 void risc_report(uint32_t pc, uint16_t w, const uint32_t (&before)[32]) {
@@ -731,58 +725,76 @@ void risc_report(uint32_t pc, uint16_t w, const uint32_t (&before)[32]) {
 // again; pc in no region ends the slice with the change-pc message and result 0, and so does an
 // instruction word that would straddle the region's end (an odd pc at its last byte), so the
 // fetch never reads outside the region's buffer.
+//
+// Dispatch is one indexed jump through the 64-entry table of handler labels, repeated at the
+// end of every handler so that each handler's successor is predicted on its own.
 template <class P, bool traced>
 int risc_run(int32_t budget) {
+    using namespace risc_ops;
     auto& s = P::state();
     risc_core& core = P::core();
-    risc_slice x{s.pc, core.jump_state, core.jump_target};
+    // Between slices no jump is pending, so a slice with nothing to spend or a stopped
+    // processor runs nothing.
+    if (budget <= 0 || !s.running) return 1;
+    risc_slice x{s.pc, 0, 0, budget};
     const uint8_t* code = core.code_base;
     uint32_t low = core.code_low, size = core.code_size;
     int32_t cycles = 0;
     int result = 1;
+    uint16_t w = 0;
+    uint32_t n = 0, d = 0, offset = 0;
+    [[maybe_unused]] uint32_t traced_pc = 0;
+    [[maybe_unused]] uint32_t before[32];
+
+#define RISC_LABEL(number, gpu_name, gpu_op, dsp_name, dsp_op) &&execute_##number,
+    static const void* const handlers[64] = {RISC_HANDLERS(RISC_LABEL)};
+#undef RISC_LABEL
+
+    // Fetch and decode the word at pc, then jump to its handler.
+#define RISC_FETCH                                                 offset = x.pc - low;                                           if (offset > size - 2) [[unlikely]]                                goto leave_region;                                         w = ws_read16(code, offset);                                   if constexpr (traced) {                                            traced_pc = x.pc;                                              std::memcpy(before, s.regs, sizeof before);                }                                                              n = risc_first_field(w);                                       d = risc_second_field(w);                                      goto* handlers[risc_opcode_of(w)];
+
+    // After each instruction: advance pc, count 3 cycles; a pending jump is resolved after its
+    // delay slot and holds the budget test off until then (a processor stopped by its own store
+    // in a delay slot still completes the jump).
+#define RISC_NEXT                                                           if constexpr (traced) {                                                     if (risc_trace_left[P::processor] > 0 && risc_trace_sink) {                 --risc_trace_left[P::processor];                                        risc_report<P>(traced_pc, w, before);                               }                                                                   }                                                                       x.pc += 2;                                                              cycles += 3;                                                            if (x.jump_state) [[unlikely]]                                              goto resolve_jump;                                                  if (cycles >= x.limit) [[unlikely]]                                         goto done;                                                          RISC_FETCH
+
+#define RISC_BODY(number, gpu_name, gpu_op, dsp_name, dsp_op)     execute_##number:                                             if constexpr (P::processor == RISC_GPU)                           op_##gpu_op<P>(x, n, d, w);                               else                                                              op_##dsp_op<P>(x, n, d, w);                               RISC_NEXT
+
     core.in_slice = true;
-    for (;;) {
-        if (cycles >= budget && x.jump_state == 0) break;
-        if (!s.running) break;
-        uint32_t offset = x.pc - low;
-        if (offset > size - 2) [[unlikely]] {
-            s.pc = x.pc;
-            if (!risc_change_pc<P>(x.pc)) {
-                result = 0;
-                break;
-            }
-            code = core.code_base;
-            low = core.code_low;
-            size = core.code_size;
-            offset = x.pc - low;
-            if (offset > size - 2) {
-                log_printf(P::FETCH_MESSAGE, x.pc);
-                result = 0;
-                break;
-            }
-        }
-        const uint16_t w = ws_read16(code, offset);
-        if constexpr (traced) {
-            const uint32_t pc = x.pc;
-            uint32_t before[32];
-            std::memcpy(before, s.regs, sizeof before);
-            risc_dispatch<P>(x, w);
-            if (risc_trace_left[P::processor] > 0 && risc_trace_sink) {
-                --risc_trace_left[P::processor];
-                risc_report<P>(pc, w, before);
-            }
-        } else {
-            risc_dispatch<P>(x, w);
-        }
-        x.pc += 2;
-        if (x.jump_state == 2) {
-            x.pc = x.jump_target;
-            x.jump_state = 0;
-        } else if (x.jump_state == 1) {
-            x.jump_state = 2;
-        }
-        cycles += 3;
+    RISC_FETCH
+    RISC_HANDLERS(RISC_BODY)
+
+resolve_jump:
+    if (x.jump_state == 1) {
+        x.jump_state = 2;
+        RISC_FETCH
     }
+    x.pc = x.jump_target;
+    x.jump_state = 0;
+    if (cycles >= x.limit) goto done;
+    RISC_FETCH
+
+leave_region:
+    s.pc = x.pc;
+    if (!risc_change_pc<P>(x.pc)) {
+        result = 0;
+        goto done;
+    }
+    code = core.code_base;
+    low = core.code_low;
+    size = core.code_size;
+    if (x.pc - low > size - 2) {
+        log_printf(P::FETCH_MESSAGE, x.pc);
+        result = 0;
+        goto done;
+    }
+    RISC_FETCH
+
+#undef RISC_BODY
+#undef RISC_NEXT
+#undef RISC_FETCH
+
+done:
     core.in_slice = false;
     if (!result) x.jump_state = 0;  // a slice never ends with a jump pending
     s.pc = x.pc;
