@@ -116,12 +116,13 @@ TEST_F(Workbench, ScriptMistakesAndBadSwitchesStopTheRunBeforeItStarts) {
     }
 }
 
-// The program's sound as the core reports it frame by frame, from the library itself.
-std::vector<short> samples_of_first_frames(int frames) {
+// A program's sound as the core reports it frame by frame, from the library itself.
+std::vector<short> samples_of_first_frames(const std::string& program, int frames, bool audio = false) {
     vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", (program_dir + "/joypad_echo.bin").c_str());
+    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", (program_dir + "/" + program).c_str());
     config.load_program = 1;
     config.load_address = 0x4000;
+    config.audio_enable = audio;
     std::vector<short> pairs;
     EXPECT_EQ(vemo_init(&config), 1);
     for (int f = 0; f < frames && vemo_run_frame(); ++f) {
@@ -136,30 +137,42 @@ std::vector<short> samples_of_first_frames(int frames) {
     return pairs;
 }
 
-TEST_F(Workbench, TheWavFileHoldsBothChannelsOfEveryFrameAtTheReportedRate) {
-    ASSERT_EQ(run(echo + " --frames 3 --wav " + arg(dir / "s.wav")), 0) << output;
+// The left and right samples of a WAV file, in pairs; the file must be 16-bit stereo at 20774 Hz.
+std::vector<short> wav_samples(const fs::path& path) {
     SF_INFO format{};
-    SNDFILE* file = sf_open((dir / "s.wav").c_str(), SFM_READ, &format);
-    ASSERT_NE(file, nullptr);
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &format);
+    EXPECT_NE(file, nullptr) << path;
+    if (!file) return {};
     EXPECT_EQ(format.channels, 2);
     EXPECT_EQ(format.samplerate, 20774);
     EXPECT_EQ(format.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    std::vector<short> read(2 * format.frames);
-    EXPECT_EQ(sf_readf_short(file, read.data(), format.frames), format.frames);
+    std::vector<short> pairs(2 * format.frames);
+    EXPECT_EQ(sf_readf_short(file, pairs.data(), format.frames), format.frames);
     sf_close(file);
-    const std::vector<short> expected = samples_of_first_frames(3);
-    EXPECT_GT(expected.size(), 300u);
-    EXPECT_EQ(read, expected);
-    EXPECT_EQ(read[0], 0x80);  // nothing held: the colour 0x0080 left, its negation right
-    EXPECT_EQ(read[1], -0x80);
+    return pairs;
+}
 
-    // A program that makes no sound still gives a file, with none, and says so.
-    ASSERT_EQ(run("--program " + test_pattern + " --frames 2 --wav " + arg(dir / "quiet.wav")), 0);
+TEST_F(Workbench, TheWavFileHoldsBothChannelsOfEveryFrameAtTheReportedRate) {
+    // Samples the 68000 writes: nothing held, the colour 0x0080 left and its negation right.
+    ASSERT_EQ(run(echo + " --frames 3 --wav " + arg(dir / "s.wav")), 0) << output;
+    const std::vector<short> echoed = wav_samples(dir / "s.wav");
+    EXPECT_GT(echoed.size(), 300u);
+    EXPECT_EQ(echoed, samples_of_first_frames("joypad_echo.bin", 3));
+    EXPECT_EQ(echoed[0], 0x80);
+    EXPECT_EQ(echoed[1], -0x80);
+
+    // Samples the DSP writes with audio on: its count from 0x100 in both channels, every one.
+    const std::string dsp = "--program " + arg(program_dir + "/dsp_counter.bin") + " --frames 3";
+    ASSERT_EQ(run(dsp + " --audio --wav " + arg(dir / "dsp.wav")), 0) << output;
+    const std::vector<short> counted = wav_samples(dir / "dsp.wav");
+    EXPECT_GT(counted.size(), 1000u);
+    EXPECT_EQ(counted, samples_of_first_frames("dsp_counter.bin", 3, true));
+    for (size_t i = 0; i < counted.size(); ++i) ASSERT_EQ(counted[i], static_cast<short>(0x100 + i / 2)) << i;
+
+    // Without audio the DSP does not run: the file is there, with no samples, and a note says so.
+    ASSERT_EQ(run(dsp + " --wav " + arg(dir / "quiet.wav")), 0);
     EXPECT_NE(output.find("the run made no samples"), std::string::npos) << output;
-    file = sf_open((dir / "quiet.wav").c_str(), SFM_READ, &format);
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(format.frames, 0);
-    sf_close(file);
+    EXPECT_TRUE(wav_samples(dir / "quiet.wav").empty());
 }
 
 TEST_F(Workbench, TheLogListsEachMessageWithItsCountAndFirstFrame) {
