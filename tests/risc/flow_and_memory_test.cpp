@@ -47,6 +47,24 @@ TEST_P(Flow, DelayedJumps) {
     EXPECT_EQ(c().regs[5], 21u);
 }
 
+// A condition holds unless it asks for Z, or for C (N with bit 4 of the code), to be set or
+// clear and the flag disagrees; a code asking for a flag both set and clear never holds.
+TEST_P(Flow, ConditionCodes) {
+    const struct {
+        unsigned cc;
+        flags f;
+        bool taken;
+    } rows[] = {{0, {1, 1, 1}, true},  {1, {0, 1, 1}, true},  {1, {1, 0, 0}, false}, {2, {1, 0, 0}, true},
+                {4, {1, 0, 1}, true},  {4, {0, 1, 0}, false}, {8, {0, 1, 0}, true},  {20, {1, 1, 0}, true},
+                {20, {0, 0, 1}, false}, {24, {0, 0, 1}, true}, {5, {0, 0, 1}, true},  {5, {0, 1, 0}, false},
+                {3, {0, 0, 0}, false}, {3, {1, 1, 1}, false}, {12, {0, 1, 0}, false}, {28, {0, 0, 1}, false}};
+    for (const auto& r : rows) {
+        c().set_flags(r.f);
+        c().run({ins(JR, 7, r.cc), ins(NOP, 0, 0)}, 6);
+        EXPECT_EQ(*c().pc, c().ram + (r.taken ? 16 : 4)) << "cc " << r.cc << " " << r.f;
+    }
+}
+
 // movei's operand follows low word first and move pc gives the instruction's own address, from
 // local RAM, main RAM and the cartridge alike.
 TEST_P(Flow, ImmediatesAndPcFromEveryCodeRegion) {
