@@ -1,6 +1,7 @@
 // The graphics chip's register file.
 #include "core/video.h"
 
+#include "blitter/blitter.h"
 #include "core/host.h"
 #include "core/memory.h"
 #include "m68k/m68k.h"
@@ -21,11 +22,6 @@ constexpr uint32_t G_CTRL_BYTE3 = 0xF02117;  // G_CTRL's low byte: byte accesses
 constexpr uint32_t G_CTRL = 0xF02114;
 constexpr uint32_t G_CTRL_CPUINT = 0x2;        // the GPU's request to interrupt the 68000
 constexpr uint32_t GPU_BLOCK_PROBE = 0xF020FC;  // reads 0
-constexpr uint32_t A1_CLIP = 0xF02204;
-constexpr uint32_t B_CMD = 0xF02238;           // reads the Blitter's status: 1 = idle
-constexpr uint32_t B_COUNT = 0xF02234;
-constexpr uint32_t B_SRCD_HI = 0xF02268;
-constexpr uint32_t B_SRCD_LO = 0xF0226C;
 
 // The countdown restarts at the timer's period in system clocks; frequency + 1 is never 0
 // because the frequency lies between 0 and the system clock.
@@ -46,6 +42,8 @@ void recompute_video_timer() {
     reload_timer_countdown();
 }
 
+bool in_blitter_block(uint32_t address) { return address >= BLITTER_BASE && address < BLITTER_END; }
+
 void write_int1(uint16_t enables, uint16_t acknowledges) {
     video.int1_enable = enables & INT1_SOURCE_MASK;
     video.int1_pending &= static_cast<uint16_t>(~(acknowledges & INT1_SOURCE_MASK));
@@ -55,6 +53,7 @@ void write_int1(uint16_t enables, uint16_t acknowledges) {
 
 void video_reset() {
     video = video_registers{};
+    blitter_reset();
     op_reset_line_width();
 }
 
@@ -108,6 +107,7 @@ uint16_t gpu_read16(uint32_t address) {
 }
 
 uint32_t gpu_read32(uint32_t address) {
+    if (in_blitter_block(address)) return blitter_read32(address);
     switch (address) {
         case MEMCON1:
             return 0;
@@ -131,15 +131,6 @@ uint32_t gpu_read32(uint32_t address) {
             return (static_cast<uint32_t>(video.pit0) << 16) | video.pit1;
         case INT1:
             return video.int1_pending;
-        // The Blitter runs every blit to completion inside the write that starts it, so its
-        // status always reads idle and its progress registers read 0.
-        case A1_CLIP:
-        case B_COUNT:
-        case B_SRCD_HI:
-        case B_SRCD_LO:
-            return 0;
-        case B_CMD:
-            return 1;
         default:
             // The GPU control block (0xF02100-0xF0211C) has no GPU core behind it yet.
             log_printf("gpu_read32 %08X\n", address);
@@ -227,6 +218,7 @@ void gpu_write16(uint32_t address, uint16_t value) {
 }
 
 void gpu_write32(uint32_t address, uint32_t value) {
+    if (in_blitter_block(address)) return blitter_write32(address, value);
     switch (address) {
         case OLP:
             video.olp = rotate16(value);
@@ -251,9 +243,9 @@ void gpu_write32(uint32_t address, uint32_t value) {
         default:
             break;
     }
-    // The GPU control block and the Blitter block have no core behind them yet: their writes
-    // are reported as unhandled. The GPU's request to interrupt the 68000 is the interrupt
-    // controller's own business, so G_CTRL's CPUINT bit raises its source all the same.
+    // The GPU control block has no core behind it yet: its writes are reported as unhandled.
+    // The GPU's request to interrupt the 68000 is the interrupt controller's own business, so
+    // G_CTRL's CPUINT bit raises its source all the same.
     log_printf("gpu_write32 %08X to %08X\n", value, address);
     if (address == G_CTRL && (value & G_CTRL_CPUINT)) video_raise_interrupt(IRQ_GPU);
 }
