@@ -18,6 +18,7 @@ namespace {
 // stored at offset 0: bits 15-8 as a byte, bits 15-0 as a word, the long with halves exchanged.
 struct depth8 {
     static constexpr uint32_t bytes = 1;
+    static constexpr bool wraps = true;
     static uint32_t address(const blit_generator& g) { return (g.base + g.pixel_index()) & g.wrap_mask; }
     static bool side_by_side(const blit_generator&) { return true; }
     static uint32_t load(const uint8_t* m, uint32_t offset) { return ws_read8(m, offset); }
@@ -28,6 +29,7 @@ struct depth8 {
 // Four-pixel phrases with `pitch` phrases skipped between two phrases of a row.
 struct depth16 {
     static constexpr uint32_t bytes = 2;
+    static constexpr bool wraps = true;
     static uint32_t address(const blit_generator& g) {
         const uint32_t x = g.xi();
         const uint32_t offset = (g.yi() * g.width + (x & ~3u)) * (2 * g.pitch + 2) + (x & 3) * 2;
@@ -42,6 +44,7 @@ struct depth16 {
 // Two-pixel phrases; 32-bit areas never wrap inside RAM.
 struct depth32 {
     static constexpr uint32_t bytes = 4;
+    static constexpr bool wraps = false;
     static uint32_t address(const blit_generator& g) {
         const uint32_t x = g.xi();
         return g.base + (g.yi() * g.width + (x & ~1u)) * (4 * g.pitch + 4) + (x & 1) * 4;
@@ -90,16 +93,15 @@ void pixels_one_by_one(const routing& r, uint32_t n, Op& op) {
 }
 
 // True when the generator moves one pixel right per pixel and its next n pixels neither pass
-// pixel 65535 nor leave their region, nor wrap inside RAM; `offset` receives the first pixel's
-// offset in the region's image.
+// pixel 65535 nor leave their region (an area that wraps does so in the 2 MB of its region, so
+// a run never wraps); `offset` receives the first pixel's offset in the region's image.
 template <class Depth>
 bool run_fits(const blit_generator& g, uint32_t n, uint32_t& offset) {
     if (g.x_add != FIXED_ONE || g.y_add != 0 || g.xi() + n > 0x10000 || !Depth::side_by_side(g)) return false;
     uint64_t first = g.base + (static_cast<uint64_t>(g.yi()) * g.width + g.xi()) * Depth::bytes;
-    if (g.wrap_mask != NO_WRAP) first &= g.wrap_mask;
+    if (Depth::wraps) first &= g.wrap_mask;
     const uint64_t end = first + static_cast<uint64_t>(n) * Depth::bytes;
-    if (g.wrap_mask != NO_WRAP && end > g.wrap_mask + 1ull) return false;
-    if (first < g.region.start || end > static_cast<uint64_t>(g.region.start) + g.region.size) return false;
+    if (end > static_cast<uint64_t>(g.region.start) + g.region.size) return false;  // never below: base >= start
     offset = static_cast<uint32_t>(first - g.region.start);
     return true;
 }
