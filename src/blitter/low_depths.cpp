@@ -26,6 +26,7 @@ void log_ignored_pitch(int bits) {
 
 // The source pixel comes from memory or from bits 15-8 of its data register, picked out by the
 // source index either way; the destination pixel from memory or, when allowed, from B_DSTD.
+// PATDSEL only picks B_PATD as that register: the logic function still decides the result.
 template <uint32_t Bits>
 void blit_packed(uint32_t cmd, bool dst_from_memory) {
     using P = packed<Bits>;
