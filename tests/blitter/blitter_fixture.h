@@ -61,16 +61,6 @@ protected:
     static void a2(const area& a) { set(A2_BASE, a.base), set(A2_FLAGS, a.flags), set(A2_PIXEL, xy(a.x, a.y)); }
     static void count(uint32_t pixels, uint32_t rows) { set(B_COUNT, rows << 16 | pixels); }
     static void run(uint32_t cmd) { set(B_CMD, cmd); }
-    // A filled rectangle of 16-bit pixels in a 64-pixel-wide area at DST, in phrase mode.
-    static void fill16(uint32_t x, uint32_t y, uint32_t w, uint32_t h, uint16_t colour, uint32_t cmd_more = 0) {
-        a1({DST, flags(BITS16, W64, XADDPHR), x, y});
-        a2({SRC, flags(BITS16, W64)});
-        set(A1_STEP, xy(-w, 1));
-        set(B_PATD + 4, colour);
-        count(w, h);
-        run(PATDSEL | UPDA1 | cmd_more);
-    }
-
     // Memory as the console sees it.
     static void put8(uint32_t a, std::vector<uint8_t> v) {
         for (uint8_t b : v) bus_write8(a++, b);

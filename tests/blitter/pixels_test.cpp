@@ -75,40 +75,24 @@ TEST_F(BlitterTest, LogicFunctionsCombineSourceAndDestination) {
 // With DSTEN set the destination comes from memory; the 16-bit path complements it, the 8-bit
 // path no longer does. The 1- and 4-bit paths combine single pixels inside their bytes.
 TEST_F(BlitterTest, DestinationOperandByPath) {
-    put16(DST, {0x1200});
-    put16(SRC, {0x0034});
-    a1({DST, flags(BITS16, W64)});
-    a2({SRC, flags(BITS16, W64)});
-    count(1, 1);
-    run(SRCEN | DSTEN | lfu(14));
-    EXPECT_EQ(bus_read16(DST), 0xEDFF);  // NOT 0x1200 OR 0x0034
-
-    put8(DST, {0x12});
-    put8(SRC, {0x34});
-    a1({DST, flags(BITS8, W64)});
-    a2({SRC, flags(BITS8, W64)});
-    run(SRCEN | DSTEN | lfu(14));
-    EXPECT_EQ(bus_read8(DST), 0x36);
-
-    // 4 bits, NOT D' into pixel 1 (the low nibble): from memory, then from B_DSTD bits 15-8.
-    put8(DST, {0x3C});
-    a1({DST, flags(BITS4, W64), 1});
-    run(DSTEN | lfu(5));
-    EXPECT_EQ(bus_read8(DST), 0x33);
-    set(B_DSTD + 4, 0x00005A00);
-    a1({DST, flags(BITS4, W64), 1});
-    run(lfu(5));
-    EXPECT_EQ(bus_read8(DST), 0x35);
-
-    // 1 bit: the destination bit is read from memory even with DSTEN clear; source pixels 0-7
-    // (10110010) OR'ed onto pixels 3-10 of 0x01 0x01.
-    put8(SRC, {0xB2});
-    put8(DST, {0x01, 0x01});
-    a1({DST, flags(BITS1, W64), 3});
-    a2({SRC, flags(BITS1, W64)});
-    count(8, 1);
-    run(SRCEN | lfu(14));
-    EXPECT_EQ(get8(DST, 2), (std::vector<uint8_t>{0x17, 0x41}));
+    struct operand_case { const char* what; uint32_t depth, x, pixels, cmd, dstd; std::vector<uint8_t> src, dst, result; };
+    const operand_case cases[] = {
+        {"16 bits: NOT D OR S", BITS16, 0, 1, SRCEN | DSTEN | lfu(14), 0, {0x00, 0x34}, {0x12, 0x00}, {0xED, 0xFF}},
+        {"8 bits: D OR S", BITS8, 0, 1, SRCEN | DSTEN | lfu(14), 0, {0x34}, {0x12}, {0x36}},
+        {"4 bits: NOT D of pixel 1", BITS4, 1, 1, DSTEN | lfu(5), 0, {}, {0x3C}, {0x33}},
+        {"4 bits: NOT B_DSTD's pixel 1", BITS4, 1, 1, lfu(5), 0x5A00, {}, {0x3C}, {0x35}},
+        // source pixels 0-7 (10110010) OR'ed onto pixels 3-10: D from memory, DSTEN or not
+        {"1 bit: D OR S", BITS1, 3, 8, SRCEN | lfu(14), 0, {0xB2}, {0x01, 0x01}, {0x17, 0x41}},
+    };
+    for (const operand_case& c : cases) {
+        SCOPED_TRACE(c.what);
+        put8(SRC, c.src), put8(DST, c.dst), set(B_DSTD + 4, c.dstd);
+        a1({DST, flags(c.depth, W64), c.x});
+        a2({SRC, flags(c.depth, W64)});
+        count(c.pixels, 1);
+        run(c.cmd);
+        EXPECT_EQ(get8(DST, static_cast<int>(c.result.size())), c.result);
+    }
 }
 
 TEST_F(BlitterTest, DataCompareLeavesMatchingPixelsAlone) {
