@@ -137,6 +137,8 @@ bool pixels_as_run(const routing& r, uint32_t n, Op& op) {
     uint32_t result;
     if (!r.src_memory && op.ignores_destination()) {
         if (op(r.src_value, 0, result)) fill<Depth>(dm, d0, stored, result);
+    } else if (r.src_memory && op.copies_source()) {
+        for (uint32_t i = 0; i < stored; ++i) Depth::store(dm, d0 + i * Depth::bytes, Depth::load(sm, s0 + i * Depth::bytes));
     } else {
         for (uint32_t i = 0; i < n; ++i) {
             const uint32_t s = r.src_memory ? Depth::load(sm, s0 + i * Depth::bytes) : r.src_value;
@@ -160,7 +162,9 @@ void run_path(uint32_t cmd, Op& op, bool mask_a2) {
 }
 
 // The pixel operations: op(s, d, result) forms the result from the source and destination
-// pixels and says whether it is stored (data compare can refuse).
+// pixels and says whether it is stored (data compare can refuse). ignores_destination: the
+// result and the decision depend on the source alone; copies_source: the result is the source
+// pixel, always stored.
 
 // General paths. The 8-bit path complements the destination when DSTEN is clear and compares
 // the source; the 16-bit path complements it when DSTEN is set and compares the result.
@@ -179,6 +183,7 @@ struct general_op {
         return compared != pattern;
     }
     bool ignores_destination() const { return (patdsel || lfu_ignores_destination(lfu)) && !(dcompen && cmpdst); }
+    bool copies_source() const { return (patdsel || lfu == 12) && !dcompen; }
 };
 
 template <uint32_t Mask>
@@ -194,6 +199,7 @@ struct colour_add_op {
         return true;
     }
     bool ignores_destination() const { return false; }
+    bool copies_source() const { return false; }
 };
 
 struct source_shade_op {
@@ -205,6 +211,7 @@ struct source_shade_op {
         return true;
     }
     bool ignores_destination() const { return true; }
+    bool copies_source() const { return false; }
 };
 
 // Four colours and four 8.16 intensities, used in turn pixel by pixel in phrase mode (pixel
@@ -226,6 +233,7 @@ struct gouraud_op {
         return true;
     }
     bool ignores_destination() const { return false; }
+    bool copies_source() const { return false; }
 };
 
 int32_t sign_extend(uint32_t v, int bits) {
