@@ -7,6 +7,7 @@
 
 #include "blitter/blitter_internal.h"
 #include "core/host.h"
+#include "risc/gpu.h"
 
 blitter_registers blitter;
 blit_work blit;
@@ -17,6 +18,7 @@ namespace {
 constexpr uint32_t ADDRESS_MASK = 0xFFFFFF;
 constexpr uint32_t PHRASE_ALIGN = ~7u;
 constexpr uint32_t PITCH_VALUES[4] = {0, 1, 3, 2};
+constexpr int GPU_IRQ_BLITTER = 4;  // the GPU's interrupt for "blit done"
 
 struct region_entry {
     uint32_t low, end;  // console addresses [low, end)
@@ -224,5 +226,7 @@ void blitter_write32(uint32_t address, uint32_t value) {
         return;
     }
     blitter_reg(address) = value;
-    if (address == B_CMD) blitter_command(value);
+    if (address != B_CMD) return;
+    blitter_command(value);
+    gpu_interrupt(GPU_IRQ_BLITTER);  // whether or not the blit could run
 }

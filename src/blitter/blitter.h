@@ -6,7 +6,8 @@
 //
 // Offers: the register block and its addresses, blitter_reset, the 32-bit register accesses the
 // graphics-chip register file routes here, blitter_command and blitter_get_mem_pointer.
-// Needs: the memory buffers, the colour-addition tables, log_printf.
+// Needs: the memory buffers, the colour-addition tables, gpu_interrupt (every command ends with
+// the GPU's interrupt 4), log_printf.
 #pragma once
 
 #include <cstdint>
@@ -90,7 +91,8 @@ void blitter_reset();
 
 // 32-bit accesses to 0xF02200-0xF0229B. Reads: B_CMD reads 1 (idle); A1_FLAGS, A2_STEP and both
 // halves of B_PATD read 0; the rest are logged as unhandled and read 0. Writes store the long;
-// writing B_CMD runs the blit. A write between two registers is logged and dropped.
+// writing B_CMD runs the blit, then requests GPU interrupt 4 whether or not anything was drawn.
+// A write between two registers is logged and dropped.
 uint32_t blitter_read32(uint32_t address);
 void blitter_write32(uint32_t address, uint32_t value);
 

@@ -5,7 +5,7 @@
 // Offers: the register state (read by the frame scheduler and the Object Processor), the six
 // access functions the bus calls, video_reset (vemo_init clears the block) and
 // video_raise_interrupt. Its 32-bit accesses to 0xF02200-0xF0229B go to the Blitter.
-// Needs: m68k_interrupt; the Blitter; the GPU control block when the GPU lands; log_printf.
+// Needs: m68k_interrupt; the GPU control block (gpu.h); the Blitter; log_printf.
 #pragma once
 
 #include <cstdint>
