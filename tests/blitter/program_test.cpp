@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/bus.h"
+#include "core/host.h"
 #include "core/memory.h"
 #include "vemocore.h"
 
@@ -21,6 +22,7 @@ protected:
         config.load_program = 1;
         config.load_address = 0x4000;
         ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+        log_text[0] = 0;  // what earlier machines said
     }
     void TearDown() override { vemo_shutdown(); }
 };
