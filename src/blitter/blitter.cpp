@@ -64,9 +64,9 @@ void decode_layout(blit_generator& g, uint32_t flags) {
 }
 
 // +1.0, -1.0 or 0 per pixel along Y.
-uint32_t y_movement(uint32_t yadd_flags, uint32_t ysign_flags) {
-    if (!(yadd_flags & FLAG_YADD)) return 0;
-    return ysign_flags & FLAG_YSIGN ? 0u - FIXED_ONE : FIXED_ONE;
+uint32_t y_movement(uint32_t flags) {
+    if (!(flags & FLAG_YADD)) return 0;
+    return flags & FLAG_YSIGN ? 0u - FIXED_ONE : FIXED_ONE;
 }
 uint32_t x_movement(uint32_t flags) {
     switch ((flags >> FLAG_XADD_SHIFT) & 3) {
@@ -98,7 +98,7 @@ void decode_a1() {
         g.y_add = (inc & 0xFFFF0000) + (finc >> 16);
     } else {
         g.x_add = x_movement(flags);
-        g.y_add = y_movement(flags, flags);
+        g.y_add = y_movement(flags);
     }
 }
 
@@ -121,7 +121,7 @@ void decode_a2() {
     g.mask_y = flags & FLAG_MASK ? mask & 0xFFFF0000 : NO_WRAP;
     if (g.xadd_mode == XADD_INC) log_printf("Blitter: Invalid A2 pixel mode 3\n");
     g.x_add = x_movement(flags);
-    g.y_add = y_movement(flags, flags);
+    g.y_add = y_movement(flags);
 }
 
 void route(uint32_t cmd) {
