@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -110,6 +111,28 @@ TEST_F(FrontEnds, PlayerShowsTheFrameVemoRunShows) {
     EXPECT_EQ(shot.pixels, vemo_run_picture(game, 20).pixels);
 }
 
+// pad_probe.s plays frame n as 346 samples of n (left) and -n (right) at 20774 Hz. SDL's disk
+// driver keeps what the device played: each frame's value for 1/60 s of the device's 48000 Hz.
+TEST_F(FrontEnds, PlayerPlaysTheProgramsSoundAtTheDevicesRate) {
+    const fs::path game = cartridge("pad_probe", dir / "probe.j64"), played = dir / "played.raw";
+    const command_result r = run(sanitizer_env(false) + "SDL_AUDIODRIVER=disk SDL_DISKAUDIOFILE=" + arg(played) + " " +
+                                 under_xvfb(arg(bin_dir + "/vemo-play") + " " + arg(game) + " --frames 30"));
+    ASSERT_EQ(r.status, 0) << r.output;
+    const std::vector<uint8_t> bytes = test_support::read_file(played.string());
+    std::map<int, int> played_for;  // value: sample frames
+    for (size_t i = 0; i + 4 <= bytes.size(); i += 4) {
+        const int16_t left = static_cast<int16_t>(bytes[i] | bytes[i + 1] << 8);
+        const int16_t right = static_cast<int16_t>(bytes[i + 2] | bytes[i + 3] << 8);
+        ASSERT_EQ(left, -right) << "sample frame " << i / 4;
+        ASSERT_TRUE(left >= 0 && left <= 30) << left;
+        ++played_for[left];
+    }
+    // The device plays behind the machine by the few frames the queue holds.
+    ASSERT_GE(played_for.rbegin()->first, 20);
+    for (int frame = 2; frame < played_for.rbegin()->first; ++frame)
+        EXPECT_NEAR(played_for[frame], 800, 5) << "frame " << frame;
+}
+
 // The EEPROM lives beside the image unless --eeprom names another file; every start of the
 // counter program adds one to its first word and saves.
 TEST_F(FrontEnds, PlayerKeepsTheEepromBesideTheImage) {
@@ -124,11 +147,12 @@ TEST_F(FrontEnds, PlayerKeepsTheEepromBesideTheImage) {
     EXPECT_EQ(saved[0] | saved[1] << 8, 1);
 }
 
-TEST_F(FrontEnds, PlayerRefusesBadInputWithAMessage) {
+TEST_F(FrontEnds, PlayerRefusesBadInputWithAMessageAndPrintsItsKeys) {
     const fs::path game = cartridge("test_pattern", dir / "pattern.j64");
     const std::string missing = (dir / "missing.j64").string();
-    const fs::path keys = dir / "bad-keys.conf", too_big = dir / "huge.j64";
+    const fs::path keys = dir / "bad-keys.conf", good_keys = dir / "keys.conf", too_big = dir / "huge.j64";
     write(keys, {'u', 'p', ' ', '=', ' ', 'Q', 'Q', '\n'});
+    write(good_keys, {'u', 'p', '=', 'W', '\n'});
     // A cartridge image above the 6 MB of cartridge space: the core refuses it.
     write(too_big, std::vector<uint8_t>(0x600001, 0));
     const struct { std::string arguments; int status; std::string message; } cases[] = {
@@ -138,6 +162,9 @@ TEST_F(FrontEnds, PlayerRefusesBadInputWithAMessage) {
         {arg(game) + " --keys " + arg(keys), 2, keys.string() + ":1: unknown key or button 'QQ'"},
         {arg(game) + " --frames -3", 2, "--frames"},
         {arg(too_big), 1, "the core did not start: "},
+        // Not failures: the bindings printed, the defaults and those of a key file.
+        {"--help", 0, "quit = Escape"},
+        {"--keys " + arg(good_keys) + " --print-keys", 0, "up = W  "},
     };
     for (const auto& c : cases) {
         const command_result r = play(c.arguments + " --frames 1");

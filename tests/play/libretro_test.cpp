@@ -155,11 +155,11 @@ TEST_F(LibretroCore, ControllerReachesTheProgramAndItsPictureAndSoundComeBack) {
     EXPECT_EQ(fe.geometry.base_width, fe.width);
     EXPECT_DOUBLE_EQ(av.timing.fps, 60.0);
     // Sound: the serial clock divider 19 gives 26591000 / 40 / 32 Hz, announced before the
-    // batch; four samples per frame, left the frame count, right its negation.
+    // batch; 346 samples per frame, left the frame count, right its negation.
     EXPECT_DOUBLE_EQ(av.timing.sample_rate, 20774.0);
     EXPECT_DOUBLE_EQ(fe.batch_rate, 20774.0);
-    ASSERT_EQ(fe.batch.size(), 8u);
-    for (int i = 0; i < 4; ++i) {
+    ASSERT_EQ(fe.batch.size(), 2u * 346);
+    for (int i = 0; i < 346; ++i) {
         EXPECT_EQ(fe.batch[2 * i], 3);
         EXPECT_EQ(fe.batch[2 * i + 1], -3);
     }

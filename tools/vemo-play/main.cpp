@@ -183,10 +183,13 @@ void queue_silence(player& p, int sample_frames) {
 }
 
 // Converts the frame's samples from the core's rate to the device's and queues them. Each frame
-// is owed 1/60 s of sound; a program that is silent (or short of samples) has the rest filled
-// with silence, so the pace stays 60 frames per second whatever it plays.
+// is owed 1/60 s of sound: the core's samples count for what they become at the device's rate,
+// and what a silent program (or one short of samples) leaves owing is filled with silence, so
+// the pace stays 60 frames per second whatever it plays.
 void queue_frame_audio(player& p, const vemo_frame_info& info) {
     if (!p.audio) return;
+    const double frame_share = static_cast<double>(p.device.freq) / FRAMES_PER_SECOND;
+    p.audio_owed += frame_share;
     const uint32_t count = std::min<uint32_t>(std::max(info.audio_left_count, info.audio_right_count), 4096);
     if (info.audio_rate > 0 && count > 0) {
         if (!p.stream || p.stream_rate != info.audio_rate) {
@@ -201,23 +204,21 @@ void queue_frame_audio(player& p, const vemo_frame_info& info) {
                 p.samples[2 * i + 1] = i < info.audio_right_count ? info.audio_right[i] : 0;
             }
             SDL_AudioStreamPut(p.stream, p.samples.data(), static_cast<int>(p.samples.size() * sizeof(int16_t)));
+            p.audio_owed -= static_cast<double>(count) * p.device.freq / info.audio_rate;
         }
+    } else if (p.stream) {
+        // The converter holds back samples until it has a block; a silent frame lets them out.
+        SDL_AudioStreamFlush(p.stream);
     }
-    p.audio_owed += static_cast<double>(p.device.freq) / FRAMES_PER_SECOND;
     if (p.stream) {
         const int available = SDL_AudioStreamAvailable(p.stream);
         if (available > 0) {
             p.converted.resize(static_cast<size_t>(available));
             const int got = SDL_AudioStreamGet(p.stream, p.converted.data(), available);
-            if (got > 0) {
-                SDL_QueueAudio(p.audio, p.converted.data(), static_cast<Uint32>(got));
-                p.audio_owed -= got / BYTES_PER_SAMPLE_FRAME;
-            }
+            if (got > 0) SDL_QueueAudio(p.audio, p.converted.data(), static_cast<Uint32>(got));
         }
     }
-    // More than a frame short: fill with silence. Ahead of time: the wait below absorbs it.
-    const double frame_share = static_cast<double>(p.device.freq) / FRAMES_PER_SECOND;
-    if (p.audio_owed > frame_share) {
+    if (p.audio_owed >= frame_share / 2) {
         queue_silence(p, static_cast<int>(p.audio_owed));
         p.audio_owed -= static_cast<int>(p.audio_owed);
     }

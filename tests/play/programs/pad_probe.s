@@ -2,8 +2,8 @@
 | controller and plays a known sound. At the level-2 interrupt of line 100 of every frame it
 | counts the frame (long at 0x1000), reads the controller's rows E, D, B and 7 (joystick word,
 | then buttons word) into the eight pixels of a 16-bit RGB bitmap on picture row 0, and writes
-| four stereo samples, left = the frame count, right = its negation, at a serial clock divider
-| of 19. A front-end thus sees in frame n + 1 what it held in frame n.
+| a frame's worth of stereo samples (346 at the 20774 Hz of serial clock divider 19), left = the
+| frame count, right = its negation. A front-end thus sees in frame n + 1 what it held in frame n.
         .include "../../tools/programs/video.s"
         .equ    INT1, 0xF000E0
         .equ    VI, 0xF0004E
@@ -52,7 +52,7 @@ handler:
         move.l  FRAMES, %d0
         move.l  %d0, %d2
         neg.l   %d2
-        moveq   #3, %d1
+        move.w  #345, %d1
 2:      move.l  %d0, LTXD
         move.l  %d2, RTXD
         dbra    %d1, 2b
