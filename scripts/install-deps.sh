@@ -8,7 +8,7 @@ packages=(
   libpng-dev libcli11-dev                # vemo-run: PNG output, command line
   binutils-m68k-linux-gnu                # assembling 68000 test programs
   libsdl2-dev                            # vemo-play: window, sound, game controllers
-  xvfb xauth                             # the front-end tests: an X server without a display
+  xvfb xauth xdotool                     # the front-end tests: an X server without a display, keys
   retroarch                              # the libretro core's test: the front-end alone, no cores
 )
 

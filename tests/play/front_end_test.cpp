@@ -133,6 +133,39 @@ TEST_F(FrontEnds, PlayerPlaysTheProgramsSoundAtTheDevicesRate) {
         EXPECT_NEAR(played_for[frame], 800, 5) << "frame " << frame;
 }
 
+// pad_probe.s shows its controller reads as RGB 16 pixels on row 0: the 16-bit values back
+// from the 8-bit channels, whose top bits are the fields.
+std::vector<uint16_t> probe_reads(const rgb_picture& p) {
+    std::vector<uint16_t> reads;
+    for (int x = 0; x < 8 && x < p.width; ++x) {
+        const uint32_t c = pixel(p, x, 0);
+        reads.push_back(static_cast<uint16_t>(((c >> 19) & 0x1F) << 11 | ((c >> 3) & 0x1F) << 6 | ((c >> 10) & 0x3F)));
+    }
+    return reads;
+}
+
+// Keys held in the window reach the program: Up and Z (pad up, A) and 5 (keypad 5), pressed
+// once the window is there and held until the last frame.
+TEST_F(FrontEnds, PlayerPassesHeldKeysToTheProgram) {
+    const fs::path game = cartridge("pad_probe", dir / "probe.j64"), script = dir / "hold.sh";
+    std::ofstream(script) << arg(bin_dir + "/vemo-play") << " " << arg(game) << " --frames 120 --screenshot "
+                          << arg(dir / "held.png") << " &\n"
+                          << "window=$(xdotool search --sync --name 'vemo-play: probe.j64' | head -1)\n"
+                          << "xdotool keydown --window \"$window\" Up z 5\n"
+                          << "wait $!\n";
+    const command_result r = run(sanitizer_env(false) + "SDL_AUDIODRIVER=dummy " + under_xvfb("sh " + arg(script)));
+    ASSERT_EQ(r.status, 0) << r.output;
+    const std::vector<uint16_t> released = probe_reads(vemo_run_picture(game, 3));
+    ASSERT_EQ(released.size(), 8u);
+    // Reads in pairs (joystick word, buttons word) for rows E, D, B, 7; a pressed control reads
+    // 0: row E up (bit 8) and A (buttons bit 1), row B keypad 5 (bit 10).
+    std::vector<uint16_t> expected = released;
+    expected[0] &= ~(1u << 8);
+    expected[1] &= ~(1u << 1);
+    expected[4] &= ~(1u << 10);
+    EXPECT_EQ(probe_reads(read_png((dir / "held.png").string())), expected);
+}
+
 // The EEPROM lives beside the image unless --eeprom names another file; every start of the
 // counter program adds one to its first word and saves.
 TEST_F(FrontEnds, PlayerKeepsTheEepromBesideTheImage) {
