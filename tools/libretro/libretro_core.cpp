@@ -20,6 +20,7 @@
 // The core keeps one machine per process, so this core serves one game at a time.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>

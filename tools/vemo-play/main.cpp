@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <SDL.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
