@@ -86,10 +86,11 @@ TEST(RiscMacros, AliasesSpellingsAndTheDspBlock) {
         store   r3,(r14+r2)
         addqmod #1,r7
         move    PC,r9
+        dc.w    1,2,3,4,5
         risc_end
 )");
     ASSERT_TRUE(a.ok) << a.messages;
-    EXPECT_EQ(a.words, (words{0x0885, 0x0022, 0xD7A1, 0xD788, 0xD774, 0x7FE0, 0xA5E3, 0xF043, 0xFC27, 0xCC09}));
+    EXPECT_EQ(a.words, (words{0x0885, 0x0022, 0xD7A1, 0xD788, 0xD774, 0x7FE0, 0xA5E3, 0xF043, 0xFC27, 0xCC09, 1, 2, 3, 4, 5}));
 }
 
 struct refused {
@@ -109,6 +110,7 @@ TEST(RiscMacros, MistakesAreRefusedWithAMessage) {
         {"risc_begin gpu, 0xF03000\n addq 4,r1\n risc_end", "an immediate starts with #"},
         {"risc_begin gpu, 0xF03000\n add 5,r1\n risc_end", "5 is not a register"},
         {"risc_begin gpu, 0xF03000\n add r1,r2,r3\n risc_end", "too many operands"},
+        {"risc_begin gpu, 0xF03000\n add r1,r2,r3,r4\n risc_end", "too many positional arguments"},
         {"risc_begin gpu, 0xF03000\n load (r3+1),r1\n risc_end", "only r14 and r15 take a displacement"},
         {"risc_begin gpu, 0xF03000\n load (r14+33),r1\n risc_end", "only r14 and r15 take a displacement"},
         {"risc_begin gpu, 0xF03000\n loadb (r14+1),r1\n risc_end", "only load and store take"},
