@@ -222,6 +222,36 @@ TEST_F(Workbench, The68000TraceShowsTheFirstInstructionsWithTheirWordsAndWrites)
     EXPECT_EQ(output.substr(taken + 42, 7), "  48E7 ") << output.substr(taken, 100);
 }
 
+TEST_F(Workbench, GpuAndDspTracesShowEachInstructionWithTheRegistersItWrote) {
+    ASSERT_EQ(run("--program " + arg(program_dir + "/gpu_steps.bin") + " --frames 1 --trace-gpu 6"), 0) << output;
+    const std::vector<std::string> gpu = {
+        "gpu 00F03000  9801 1234 0000  movei #0x1234,r1           r1=00001234",
+        "gpu 00F03006  0841            addq #2,r1                 r1=00001236",
+        "gpu 00F03008  8822            move r1,r2                 r2=00001236",
+        "gpu 00F0300A  0022            add r1,r2                  r2=0000246C",
+        "gpu 00F0300C  D7E0            jr t,0xF0300C",
+        "gpu 00F0300E  E400            nop",
+    };
+    EXPECT_EQ(lines("gpu "), gpu);
+    EXPECT_TRUE(lines("68k ").empty());
+
+    const std::string dsp = "--program " + arg(program_dir + "/dsp_counter.bin") + " --audio --frames 3";
+    ASSERT_EQ(run(dsp + " --trace-dsp 1000"), 0) << output;
+    const std::vector<std::string> traced = lines("dsp ");
+    ASSERT_EQ(traced.size(), 1000u);
+    const std::vector<std::string> first(traced.begin(), traced.begin() + 5);
+    const std::vector<std::string> expected = {
+        "dsp 00F1B000  9801 A148 00F1  movei #0xF1A148,r1         r1=00F1A148",
+        "dsp 00F1B006  9802 A14C 00F1  movei #0xF1A14C,r2         r2=00F1A14C",
+        "dsp 00F1B00C  9803 0100 0000  movei #0x100,r3            r3=00000100",
+        "dsp 00F1B012  BC23            store r3,(r1)",
+        "dsp 00F1B014  BC43            store r3,(r2)",
+    };
+    EXPECT_EQ(first, expected);
+    // All three traces at once leave the run as it was.
+    EXPECT_EQ(hashes(dsp + " --trace-dsp 5000 --trace-68k 500 --trace-gpu 10"), hashes(dsp));
+}
+
 // On a terminal a long run shows its progress; the pseudo-terminal stands in for one.
 TEST_F(Workbench, ALongRunOnATerminalShowsItsProgress) {
     int terminal = -1;

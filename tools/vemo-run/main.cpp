@@ -261,7 +261,7 @@ int run(const run_options& o) {
     if (o.log) core_messages_start();
     int status = EXIT_RUN_FAILED;
     if (vemo_init(&config)) {
-        trace_68k_start(o.trace_68k);
+        trace_start(o.trace_68k, o.trace_gpu, o.trace_dsp);
         status = run_frames(o, script, out);
         trace_stop();
     } else {

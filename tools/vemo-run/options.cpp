@@ -98,6 +98,14 @@ void add_diagnostic_options(CLI::App& app, run_options& o) {
                    "Print the first N 68000 instructions executed: address, words, disassembly, registers written")
         ->type_name("N")
         ->check(CLI::NonNegativeNumber);
+    app.add_option("--trace-gpu", o.trace_gpu,
+                   "Print the first N GPU instructions executed: address, words, disassembly, registers written")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+    app.add_option("--trace-dsp", o.trace_dsp,
+                   "Print the first N DSP instructions executed: address, words, disassembly, registers written")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
     app.add_flag("--log", o.log,
                  "List every distinct core message with its count and the frame it first appeared in, "
                  "instead of only the last message");

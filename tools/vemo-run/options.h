@@ -31,6 +31,8 @@ struct run_options {
     std::string input;
     hash_mode hash = hash_mode::none;
     int64_t trace_68k = 0;
+    int64_t trace_gpu = 0;
+    int64_t trace_dsp = 0;
     bool log = false;
     std::string wav;
 };

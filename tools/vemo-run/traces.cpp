@@ -8,6 +8,8 @@ namespace {
 
 // The written registers start in this column, or after a longer disassembly.
 constexpr size_t M68K_REGISTERS_COLUMN = 70;
+constexpr size_t RISC_REGISTERS_COLUMN = 56;
+constexpr int RISC_MAX_INSTRUCTION_WORDS = 3;
 
 const char* const m68k_register_names[M68K_TRACE_REGISTERS] = {
     "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "a0", "a1", "a2", "a3", "a4", "a5", "a6", "a7", "sr"};
@@ -41,6 +43,8 @@ void print_68k(const m68k_trace_entry& entry) {
     std::printf("%s\n", trace_68k_line(entry).c_str());
 }
 
+void print_risc(const risc_trace_entry& entry) { std::printf("%s\n", trace_risc_line(entry).c_str()); }
+
 }  // namespace
 
 std::string trace_68k_line(const m68k_trace_entry& entry) {
@@ -55,12 +59,27 @@ std::string trace_68k_line(const m68k_trace_entry& entry) {
     return line;
 }
 
-void trace_68k_start(int64_t instructions) {
-    m68k_trace_left = instructions;
-    m68k_trace_sink = instructions > 0 ? print_68k : nullptr;
+std::string trace_risc_line(const risc_trace_entry& entry) {
+    char text[96];
+    const int length = risc_disassemble(entry.processor, entry.pc, entry.words, text, sizeof text);
+    std::string line = instruction_line(entry.processor == RISC_GPU ? "gpu" : "dsp", entry.pc, entry.words,
+                                        std::min(length, entry.word_count), RISC_MAX_INSTRUCTION_WORDS, text,
+                                        entry.written_mask != 0, RISC_REGISTERS_COLUMN);
+    for (int r = 0; r < 32; ++r) {
+        if (!(entry.written_mask & (1u << r))) continue;
+        char name[4];
+        std::snprintf(name, sizeof name, "r%d", r);
+        append_register(line, name, " %s=%08X", entry.written[r]);
+    }
+    return line;
 }
 
-void trace_stop() {
-    m68k_trace_sink = nullptr;
-    m68k_trace_left = 0;
+void trace_start(int64_t m68k, int64_t gpu, int64_t dsp) {
+    m68k_trace_left = m68k;
+    m68k_trace_sink = m68k > 0 ? print_68k : nullptr;
+    risc_trace_left[RISC_GPU] = gpu;
+    risc_trace_left[RISC_DSP] = dsp;
+    risc_trace_sink = gpu > 0 || dsp > 0 ? print_risc : nullptr;
 }
+
+void trace_stop() { trace_start(0, 0, 0); }
