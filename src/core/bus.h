@@ -11,6 +11,10 @@
 #include <array>
 #include <cstdint>
 
+// Below this address every access of every width is main RAM, mirrored every MAIN_RAM_SIZE
+// bytes, by memory.h's buffer rules (the 68000's direct RAM window relies on it).
+constexpr uint32_t BUS_RAM_END = 0x800000;
+
 uint8_t bus_read8(uint32_t address);
 uint16_t bus_read16(uint32_t address);
 uint32_t bus_read32(uint32_t address);
