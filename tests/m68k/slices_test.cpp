@@ -22,6 +22,20 @@ TEST_F(Budget, ZeroRunsOneInstructionAnExactZeroContinuesAndAnOverrunIsDropped) 
     run(4, M68K_OK, CODE + 14);
 }
 
+// Between slices the caller may change the registers the core keeps unpacked or cached while it
+// runs: the next slice starts from what the context holds.
+TEST_F(Budget, ASliceStartsFromTheSrAndPcTheContextHoldsNow) {
+    code({0x4E71, 0x6702, 0x7001, 0x4E71});  // NOP; BEQ.S +2; MOVEQ #1,D0; NOP
+    run(0, M68K_OK, CODE + 2);
+    m68k_context.sr = 0x2004;  // Z set from outside: the BEQ is taken
+    run(0, M68K_OK, CODE + 6);
+    m68k_context.sr = 0x2000;
+    m68k_context.pc = CODE + 2;  // back to the BEQ with Z clear: it falls through to MOVEQ
+    run(0, M68K_OK, CODE + 4);
+    run(0, M68K_OK, CODE + 6);
+    EXPECT_EQ(d(0), 1u);
+}
+
 TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
     start(CODE, 0x8004);  // user mode, trace bit, Z, mask 0
     EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);
