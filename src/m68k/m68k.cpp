@@ -152,7 +152,7 @@ const uint8_t* fetch_pointer_for_long(uint32_t address) {
     return (address & ADDRESS_MASK) + 3 <= r->high ? p : nullptr;
 }
 
-void exit_slice() {
+inline void exit_slice() {
     m68k_context.sr = m68k_get_sr();
     if (m68k_run.ended) {
         m68k_context.cycles_left = m68k_run.held_cycles;
@@ -230,7 +230,7 @@ uint32_t window_bytes_read(uint16_t op) {
     return true;
 }
 
-void run_instructions() {
+inline void run_instructions() {
     for (;;) {
         const uintptr_t p = m68k_run.fetch_ptr;
         if (p > m68k_run.fetch_limit) [[unlikely]] {
@@ -460,16 +460,22 @@ namespace {
 
 }  // namespace
 
-int m68k_execute(int32_t cycles) {
-    m68k_context.cycles_requested = cycles;
-    m68k_context.cycles_left = cycles;
-    const bool same_pc = fetch_cached && m68k_context.pc == cached_pc;
-    if (m68k_context.stopped && m68k_context.irq_count == 0 && same_pc) {
-        // Stopped with nothing waiting: the slice has nothing to do.
-        m68k_context.cycles_left = 0;
-        return M68K_OK;
-    }
-    if (!same_pc && !enter_pc_region()) {
+namespace {
+
+// The end of every slice: SR packed, the remaining count and the PC stored, and what the next
+// slice may reuse noted.
+inline int finish_slice() {
+    exit_slice();
+    fetch_cached = m68k_run.result == M68K_OK;
+    cached_pc = m68k_context.pc;
+    cached_sr = m68k_context.sr;
+    return m68k_run.result;
+}
+
+// A slice with its whole set-up: the PC looked up, the condition codes reloaded, waiting
+// interrupts taken.
+[[gnu::noinline]] int execute_with_set_up() {
+    if (!(fetch_cached && m68k_context.pc == cached_pc) && !enter_pc_region()) {
         fetch_cached = false;
         return M68K_NO_FETCH_REGION;
     }
@@ -481,11 +487,28 @@ int m68k_execute(int32_t cycles) {
         if (m68k_context.stopped) m68k_context.cycles_left = 0;
         else run_instructions();
     }
-    exit_slice();
-    fetch_cached = m68k_run.result == M68K_OK;
-    cached_pc = m68k_context.pc;
-    cached_sr = m68k_context.sr;
-    return m68k_run.result;
+    return finish_slice();
+}
+
+}  // namespace
+
+int m68k_execute(int32_t cycles) {
+    m68k_context.cycles_requested = cycles;
+    m68k_context.cycles_left = cycles;
+    // While the last slice left the PC, SR and fetch state as they are and nothing waits, the
+    // set-up has nothing to do; a stopped processor then has nothing to run either.
+    if (fetch_cached && m68k_context.pc == cached_pc && m68k_context.irq_count == 0) [[likely]] {
+        if (m68k_context.stopped) {
+            m68k_context.cycles_left = 0;
+            return M68K_OK;
+        }
+        if (m68k_context.sr == cached_sr) {
+            m68k_run.ended = false;  // the result is still M68K_OK, or nothing would be cached
+            run_instructions();
+            return finish_slice();
+        }
+    }
+    return execute_with_set_up();
 }
 
 int m68k_interrupt(uint32_t level, uint32_t vector) {
