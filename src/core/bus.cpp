@@ -24,9 +24,9 @@ constexpr uint32_t ADDRESS_MASK = 0xFFFFFF;
 constexpr uint32_t RAM_MASK = MAIN_RAM_SIZE - 1;       // RAM repeats every 2 MB up to 8 MB
 constexpr uint32_t BOOT_ROM_MASK = BOOT_ROM_SIZE - 1;
 
-constexpr uint32_t CART_BASE = BUS_RAM_END;  // RAM and its mirrors lie below
+constexpr uint32_t CART_BASE = BUS_CART_BASE;  // RAM and its mirrors lie below
 constexpr uint32_t CART_END = 0xE00000;
-constexpr uint32_t CDROM_BASE = 0xDFFF00;
+constexpr uint32_t CDROM_BASE = BUS_CDROM_BASE;
 constexpr uint32_t BOOT_ROM_BASE = 0xE00000;
 constexpr uint32_t BOOT_ROM_END = 0xE20000;
 constexpr uint32_t GFX_BASE = 0xF00000;

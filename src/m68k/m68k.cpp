@@ -9,6 +9,7 @@ m68k_handler m68k_dispatch_table[M68K_TABLE_SIZE];
 m68k_run_state m68k_run;
 m68k_flags m68k_cc;
 m68k_data_window m68k_ram_window;
+m68k_rom_window_t m68k_rom_window;
 
 namespace {
 
@@ -278,6 +279,18 @@ void m68k_set_ram_window(uint8_t* buffer, uint32_t limit, uint32_t mask) {
     m68k_ram_window = {buffer, buffer ? limit : 0, mask};
 }
 
+void m68k_set_rom_window(const uint8_t* buffer, uint32_t low, uint32_t span, uint32_t size) {
+    m68k_rom_window = {buffer, low, buffer ? span : 0, size};
+}
+
+namespace {
+// A new data table may serve the windows' ranges differently: both close.
+void close_windows() {
+    m68k_set_ram_window(nullptr, 0, 0);
+    m68k_set_rom_window(nullptr, 0, 0, 0);
+}
+}  // namespace
+
 void m68k_set_sr(uint32_t value) {
     value &= SR_MASK;
     if ((value ^ m68k_context.sr) & 0x2000) {
@@ -374,35 +387,35 @@ int m68k_init() {
     return 0;
 }
 
-// A new fetch table (or entry) may move the PC's host address; a new data table closes the RAM
-// window, whose accesses that table may serve differently.
+// A new fetch table (or entry) may move the PC's host address; a new data table closes the
+// direct windows, whose accesses that table may serve differently.
 void m68k_set_fetch_regions(const m68k_fetch_region* regions) {
     m68k_context.fetch_regions = regions;
     fetch_cached = false;
 }
 void m68k_set_read8_regions(const m68k_data_region* regions) {
     m68k_context.read8_regions = regions;
-    m68k_set_ram_window(nullptr, 0, 0);
+    close_windows();
 }
 void m68k_set_read16_regions(const m68k_data_region* regions) {
     m68k_context.read16_regions = regions;
-    m68k_set_ram_window(nullptr, 0, 0);
+    close_windows();
 }
 void m68k_set_read32_regions(const m68k_data_region* regions) {
     m68k_context.read32_regions = regions;
-    m68k_set_ram_window(nullptr, 0, 0);
+    close_windows();
 }
 void m68k_set_write8_regions(const m68k_data_region* regions) {
     m68k_context.write8_regions = regions;
-    m68k_set_ram_window(nullptr, 0, 0);
+    close_windows();
 }
 void m68k_set_write16_regions(const m68k_data_region* regions) {
     m68k_context.write16_regions = regions;
-    m68k_set_ram_window(nullptr, 0, 0);
+    close_windows();
 }
 void m68k_set_write32_regions(const m68k_data_region* regions) {
     m68k_context.write32_regions = regions;
-    m68k_set_ram_window(nullptr, 0, 0);
+    close_windows();
 }
 
 void m68k_set_fetch_region(m68k_fetch_region* entry, uint32_t low, uint32_t high, uintptr_t offset) {

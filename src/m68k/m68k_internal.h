@@ -128,6 +128,19 @@ struct m68k_data_window {
 extern m68k_data_window m68k_ram_window;
 void m68k_set_ram_window(uint8_t* buffer, uint32_t limit, uint32_t mask);
 
+// A read-only stretch the same way: addresses low to low + span - 1 read from a buffer of `size`
+// bytes at offset address - low by the same rules, and writes there are dropped (the machine's
+// bus ignores them). Closed (span 0) like the RAM window.
+struct m68k_rom_window_t {
+    const uint8_t* buffer;
+    uint32_t low;
+    uint32_t span;
+    uint32_t size;
+};
+extern m68k_rom_window_t m68k_rom_window;
+void m68k_set_rom_window(const uint8_t* buffer, uint32_t low, uint32_t span, uint32_t size);
+inline bool in_rom_window(uint32_t a) { return a - m68k_rom_window.low < m68k_rom_window.span; }
+
 // Through the region tables (m68k.cpp).
 uint32_t m68k_read8_regions(uint32_t address);
 uint32_t m68k_read16_regions(uint32_t address);
@@ -141,11 +154,13 @@ constexpr uint32_t M68K_ADDRESS_MASK = 0xFFFFFF;
 [[gnu::always_inline]] inline uint32_t m68k_read8(uint32_t address) {
     const uint32_t a = address & M68K_ADDRESS_MASK;
     if (a < m68k_ram_window.limit) return ws_read8(m68k_ram_window.buffer, a & m68k_ram_window.mask);
+    if (in_rom_window(a)) return ws_read8(m68k_rom_window.buffer, a - m68k_rom_window.low);
     return m68k_read8_regions(a);
 }
 [[gnu::always_inline]] inline uint32_t m68k_read16(uint32_t address) {
     const uint32_t a = address & M68K_ADDRESS_MASK;
     if (a < m68k_ram_window.limit) return buffer_read16(m68k_ram_window.buffer, a & m68k_ram_window.mask);
+    if (in_rom_window(a)) return buffer_read16(m68k_rom_window.buffer, a - m68k_rom_window.low);
     return m68k_read16_regions(a);
 }
 inline uint32_t m68k_read16_signed(uint32_t address) {
@@ -155,27 +170,29 @@ inline uint32_t m68k_read16_signed(uint32_t address) {
     const uint32_t a = address & M68K_ADDRESS_MASK;
     if (a < m68k_ram_window.limit)
         return buffer_read32(m68k_ram_window.buffer, a & m68k_ram_window.mask, m68k_ram_window.mask + 1);
+    if (in_rom_window(a))
+        return buffer_read32(m68k_rom_window.buffer, a - m68k_rom_window.low, m68k_rom_window.size);
     return m68k_read32_regions(a);
 }
 [[gnu::always_inline]] inline void m68k_write8(uint32_t address, uint32_t value) {
     const uint32_t a = address & M68K_ADDRESS_MASK;
     if (a < m68k_ram_window.limit)
         ws_write8(m68k_ram_window.buffer, a & m68k_ram_window.mask, static_cast<uint8_t>(value));
-    else
+    else if (!in_rom_window(a))
         m68k_write8_regions(a, value);
 }
 [[gnu::always_inline]] inline void m68k_write16(uint32_t address, uint32_t value) {
     const uint32_t a = address & M68K_ADDRESS_MASK;
     if (a < m68k_ram_window.limit)
         buffer_write16(m68k_ram_window.buffer, a & m68k_ram_window.mask, static_cast<uint16_t>(value));
-    else
+    else if (!in_rom_window(a))
         m68k_write16_regions(a, value);
 }
 [[gnu::always_inline]] inline void m68k_write32(uint32_t address, uint32_t value) {
     const uint32_t a = address & M68K_ADDRESS_MASK;
     if (a < m68k_ram_window.limit)
         buffer_write32(m68k_ram_window.buffer, a & m68k_ram_window.mask, m68k_ram_window.mask + 1, value);
-    else
+    else if (!in_rom_window(a))
         m68k_write32_regions(a, value);
 }
 

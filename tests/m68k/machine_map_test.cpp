@@ -1,6 +1,7 @@
-// The machine's 68000 memory map: RAM and its mirrors, reached by the core without calling the
-// bus, give exactly what the bus gives (odd addresses, the mirrors, the long at RAM's last word,
-// the address's top byte), and the chips' registers are still reached through the bus.
+// The machine's 68000 memory map: RAM with its mirrors and the cartridge ROM, reached by the core
+// without calling the bus, give exactly what the bus gives (odd addresses, the mirrors, the long
+// at RAM's last word, the address's top byte, writes to ROM ignored), and the chips' registers
+// are still reached through the bus.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -20,6 +21,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(memory_allocate());
         for (uint32_t i = 0; i < MAIN_RAM_SIZE; ++i) main_ram[i] = static_cast<uint8_t>(i * 37 + (i >> 8));
+        for (uint32_t i = 0; i < CART_ROM_SIZE; ++i) cart_rom[i] = static_cast<uint8_t>(i * 11 + (i >> 12));
         ws_write32(main_ram, 0, 0x1000);
         ws_write32(main_ram, 4, CODE);
         ASSERT_EQ(m68k_setup(), 1);
@@ -37,7 +39,8 @@ protected:
     }
 };
 
-const uint32_t ADDRESSES[] = {0x001000, 0x001001, 0x1FFFFE, 0x1FFFFF, 0x600005, 0x3FFFFE, 0xFF001002};
+const uint32_t ADDRESSES[] = {0x001000, 0x001001, 0x1FFFFE, 0x1FFFFF, 0x600005, 0x3FFFFE, 0xFF001002,
+                              0x800000, 0x812345, 0xDFFEFE, 0xDFFEFF};  // the cartridge up to the CD-ROM
 
 TEST_F(MachineMap, RamReadsGiveWhatTheBusReads) {
     for (uint32_t a : ADDRESSES) {
@@ -53,6 +56,7 @@ TEST_F(MachineMap, RamReadsGiveWhatTheBusReads) {
 
 TEST_F(MachineMap, RamWritesChangeWhatTheBusWritesChange) {
     std::vector<uint8_t> before(main_ram, main_ram + MAIN_RAM_SIZE), through_bus;
+    const std::vector<uint8_t> cartridge(cart_rom, cart_rom + CART_ROM_SIZE);
     const uint16_t ops[] = {0x1081, 0x3081, 0x2081};  // MOVE.B/W/L D1,(A0)
     for (uint32_t a : ADDRESSES) {
         for (int size = 0; size < 3; ++size) {
@@ -70,6 +74,7 @@ TEST_F(MachineMap, RamWritesChangeWhatTheBusWritesChange) {
             EXPECT_EQ(std::memcmp(main_ram, through_bus.data(), MAIN_RAM_SIZE), 0);
         }
     }
+    EXPECT_EQ(std::memcmp(cart_rom, cartridge.data(), CART_ROM_SIZE), 0);  // writes there are ignored
 }
 
 TEST_F(MachineMap, ChipRegistersAreStillReachedThroughTheBus) {
