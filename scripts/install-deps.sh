@@ -7,6 +7,7 @@ packages=(
   libgtest-dev libbenchmark-dev          # tests and benchmarks
   libpng-dev libcli11-dev                # vemo-run: PNG output, command line
   binutils-m68k-linux-gnu                # assembling 68000 test programs
+  valgrind                               # scripts/callgrind-68k.sh: host instructions counted
 )
 
 missing=()
