@@ -771,6 +771,13 @@ template <int COND, int WIDE> void op_branch(uint32_t op) {
         charge(18);
     } else if (COND == 0 || condition(COND)) {
         m68k_branch_to(base + disp);
+        if constexpr (COND == 0 && !WIDE) {
+            // BRA.S to itself, a program's idle loop: until the slice ends nothing but the count
+            // changes (interrupts wait for the next slice), so the rounds that leave a count of
+            // 0 or more are charged at once and this one ends the slice as the last would.
+            const int32_t left = m68k_context.cycles_left;
+            if (disp == -2 && left >= 10) m68k_context.cycles_left = left % 10;
+        }
         charge(10);
     } else {
         charge(WIDE ? 12 : 8);

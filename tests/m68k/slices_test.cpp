@@ -36,6 +36,13 @@ TEST_F(Budget, ASliceStartsFromTheSrAndPcTheContextHoldsNow) {
     EXPECT_EQ(d(0), 1u);
 }
 
+// BRA.S to itself spins until the slice's count runs out, 10 cycles a round, whatever the budget.
+TEST_F(Budget, AnIdleBranchSpinsUntilTheCountRunsOut) {
+    code({0x60FE});  // BRA.S *
+    for (auto [budget, left] : {std::pair{60, -10}, {55, -5}, {9, -1}, {0, -10}, {-3, -13}, {100000, -10}})
+        run(budget, M68K_OK, CODE, left);
+}
+
 TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
     start(CODE, 0x8004);  // user mode, trace bit, Z, mask 0
     EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);
