@@ -1,11 +1,12 @@
 // The whole machine at a glance: how many frames per second the core runs with a 68000 that
-// sleeps until its line interrupt, spins in a branch loop, or works every slice while the Object
-// Processor draws 240 full-width lines; the 68000's own instruction rate in the frame's 60-cycle
-// slices and in long slices; the Object Processor's cost per line. After the usual benchmark
-// output it prints one table of these figures, each with its unit.
+// sleeps until its line interrupt, spins in a branch loop, or works every slice together with
+// the GPU and the DSP while the Object Processor draws 240 full-width lines; the 68000's, the
+// GPU's and the DSP's own instruction rates in their frame slices (the 68000's also in long
+// slices); the Object Processor's cost per line. After the usual benchmark output it prints one
+// table of these figures, each with its unit.
 //
-// Rows for the GPU, the DSP and the Blitter (RISC loops, Blitter fills, and their share of the
-// busy frame) join the table when those subsystems are part of the core.
+// Rows for the Blitter (fills, and its share of the busy frame) join the table when the Blitter
+// is part of the core.
 //
 // `machine_bench --fixed-loop=CYCLES,SLICES` runs the 68000's mixed loop in SLICES slices of
 // CYCLES cycles, prints the emulated instruction count and exits; scripts/callgrind-68k.sh runs it
@@ -28,6 +29,7 @@
 #include "m68k/m68k.h"
 #include "objproc/colour_tables.h"
 #include "objproc/objproc.h"
+#include "risc_loops.h"
 #include "vemocore.h"
 
 namespace {
@@ -118,9 +120,10 @@ const std::vector<uint8_t> SPINNING = {
 };
 constexpr uint32_t FRAME_COUNT = 0x1000;
 
-// Starts the machine in program mode on `image` at `address`; false (and the benchmark skipped)
-// when it cannot start.
-bool start_machine(benchmark::State& state, const std::vector<uint8_t>& image, uint32_t address) {
+// Starts the machine in program mode on `image` at `address`, the DSP running every line when
+// `dsp_every_line`; false (and the benchmark skipped) when it cannot start.
+bool start_machine(benchmark::State& state, const std::vector<uint8_t>& image, uint32_t address,
+                   bool dsp_every_line = false) {
     const std::filesystem::path dir =
         std::filesystem::temp_directory_path() / ("vemocore_machine_bench_" + std::to_string(getpid()));
     std::filesystem::create_directories(dir);
@@ -131,6 +134,7 @@ bool start_machine(benchmark::State& state, const std::vector<uint8_t>& image, u
     std::snprintf(config.rom_path, sizeof config.rom_path, "%s", file.c_str());
     config.load_program = 1;
     config.load_address = static_cast<int32_t>(address);
+    config.dsp_always_run = dsp_every_line ? 1 : 0;
     const bool started = vemo_init(&config) == 1;
     std::filesystem::remove_all(dir);
     if (!started) {
@@ -228,19 +232,51 @@ BENCHMARK(BM_OpLine8BitClut);
 void BM_OpLine4BitClut(benchmark::State& state) { run_op_lines(state, 2, false); }
 BENCHMARK(BM_OpLine4BitClut);
 
-// A busy frame: the 68000 runs the mixed loop in every slice while the Object Processor draws
-// 240 full-width 16-bit lines.
+// ---------------------------------------------------------------------------------------------
+// The RISC processors' mixed loops in their frame slices.
+
+// One frame's GPU slices: 3675 of 120 cycles.
+void BM_GpuLoopFrameSlices(benchmark::State& state) {
+    if (!gpu_ram && !memory_allocate()) return state.SkipWithError("no memory");
+    gpu_init();
+    risc_loops::start_gpu_loop();
+    for (auto _ : state)
+        for (int slice = 0; slice < 525 * 7; ++slice) gpu_execute(120);
+    state.counters["instructions_per_s"] = benchmark::Counter(
+        static_cast<double>(gpu_state.regs[10]) * risc_loops::LOOP_INSTRUCTIONS, benchmark::Counter::kIsRate);
+}
+BENCHMARK(BM_GpuLoopFrameSlices)->Unit(benchmark::kMicrosecond);
+
+// One frame's DSP slices: 525 of 844 cycles.
+void BM_DspLoopLineSlices(benchmark::State& state) {
+    if (!dsp_ram && !memory_allocate()) return state.SkipWithError("no memory");
+    dsp_init();
+    risc_loops::start_dsp_loop();
+    for (auto _ : state)
+        for (int line = 0; line < 525; ++line) dsp_execute(844);
+    state.counters["instructions_per_s"] = benchmark::Counter(
+        static_cast<double>(dsp_state.regs[10]) * risc_loops::LOOP_INSTRUCTIONS, benchmark::Counter::kIsRate);
+}
+BENCHMARK(BM_DspLoopLineSlices)->Unit(benchmark::kMicrosecond);
+
+// A busy frame: the 68000 runs the mixed loop in every slice, the GPU its loop in every slice,
+// the DSP its loop on every line, and the Object Processor draws 240 full-width 16-bit lines.
 void BM_BusyFrame(benchmark::State& state) {
     std::vector<uint8_t> image;
     for (uint16_t w : MIX_LOOP) image.push_back(static_cast<uint8_t>(w >> 8)), image.push_back(static_cast<uint8_t>(w));
-    if (!start_machine(state, image, MIX_CODE)) return;
+    if (!start_machine(state, image, MIX_CODE, true)) return;
     for (uint32_t i = 0; i < 16; ++i) ws_write32(main_ram, MIX_TABLE + 4 * i, 0x01010101u * i);
     point_mix_registers();
     build_screen(4, false);
-    const uint32_t before = m68k_context.d[7];
+    risc_loops::start_gpu_loop();
+    risc_loops::start_dsp_loop();
+    const uint32_t m68k_before = m68k_context.d[7];
+    const uint32_t risc_before = gpu_state.regs[10] + dsp_state.regs[10];
     run_frames(state);
-    state.counters["m68k_instructions_per_frame"] =
-        mix_instructions(m68k_context.d[7] - before) / static_cast<double>(state.iterations());
+    const double frames = static_cast<double>(state.iterations());
+    state.counters["m68k_instructions_per_frame"] = mix_instructions(m68k_context.d[7] - m68k_before) / frames;
+    state.counters["risc_instructions_per_frame"] =
+        (gpu_state.regs[10] + dsp_state.regs[10] - risc_before) * double{risc_loops::LOOP_INSTRUCTIONS} / frames;
     vemo_shutdown();
 }
 BENCHMARK(BM_BusyFrame)->Unit(benchmark::kMicrosecond);
@@ -259,9 +295,11 @@ struct row {
 const row ROWS[] = {
     {"BM_IdleFrame", "idle frame (68000 in STOP, line interrupt)", "frames_per_s", 1, "frames/s"},
     {"BM_SpinningFrame", "spinning frame (68000 in a BRA loop)", "frames_per_s", 1, "frames/s"},
-    {"BM_BusyFrame", "busy frame (68000 every slice, 240 OP lines)", "frames_per_s", 1, "frames/s"},
+    {"BM_BusyFrame", "busy frame (68000, GPU, DSP busy; 240 OP lines)", "frames_per_s", 1, "frames/s"},
     {"BM_M68kMixFrameSlices", "68000 mix, 60-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
     {"BM_M68kMixLongSlices", "68000 mix, 10500-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
+    {"BM_GpuLoopFrameSlices", "GPU loop, 120-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
+    {"BM_DspLoopLineSlices", "DSP loop, 844-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
     {"BM_OpLine16Bit", "OP line, 16-bit, 320 pixels", nullptr, 1, "ns/line"},
     {"BM_OpLine16BitTransparent", "OP line, 16-bit TRANS, 320 pixels", nullptr, 1, "ns/line"},
     {"BM_OpLine8BitClut", "OP line, 8-bit CLUT, 320 pixels", nullptr, 1, "ns/line"},
@@ -299,8 +337,7 @@ public:
             if (it == figures_.end()) continue;
             std::printf("%-48s %14.1f  %s\n", r.what, it->second, r.unit);
         }
-        std::printf("(no GPU, DSP or Blitter in this core yet: no RISC-loop or Blitter-fill rows, and\n"
-                    " the busy frame runs only the 68000 and the Object Processor)\n");
+        std::printf("(no Blitter in this core yet: no Blitter-fill row, and none of its work in the busy frame)\n");
     }
 
 private:
