@@ -9,8 +9,9 @@
 // is part of the core.
 //
 // `machine_bench --fixed-loop=CYCLES,SLICES` runs the 68000's mixed loop in SLICES slices of
-// CYCLES cycles, prints the emulated instruction count and exits; scripts/callgrind-68k.sh runs it
-// under callgrind to count host instructions per emulated instruction.
+// CYCLES cycles, prints the emulated instruction count and exits; `--fixed-gpu-loop=` and
+// `--fixed-dsp-loop=` do the same with the GPU's and the DSP's loops. scripts/callgrind-68k.sh
+// runs them under callgrind to count host instructions per emulated instruction.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -344,8 +345,10 @@ private:
     std::map<std::string, double> figures_;
 };
 
-// The callgrind script's fixed loop: a known number of slices of the mixed loop.
-int run_fixed_loop(const char* spec) {
+// The callgrind script's fixed loops: a known number of slices of a processor's mixed loop.
+enum processor { M68K, GPU, DSP };
+
+int run_fixed_loop(processor which, const char* spec) {
     int cycles = 0, slices = 0;
     if (std::sscanf(spec, "%d,%d", &cycles, &slices) != 2 || cycles < 0 || slices <= 0) {
         std::fprintf(stderr, "machine_bench: --fixed-loop=CYCLES,SLICES\n");
@@ -355,17 +358,35 @@ int run_fixed_loop(const char* spec) {
         std::fprintf(stderr, "machine_bench: cannot set up the 68000\n");
         return 1;
     }
-    for (int s = 0; s < slices; ++s) m68k_execute(cycles);
-    std::printf("emulated_instructions %.0f\n", mix_instructions(m68k_context.d[7]));
+    double instructions = 0;
+    if (which == M68K) {
+        for (int s = 0; s < slices; ++s) m68k_execute(cycles);
+        instructions = mix_instructions(m68k_context.d[7]);
+    } else if (which == GPU) {
+        gpu_init();
+        risc_loops::start_gpu_loop();
+        for (int s = 0; s < slices; ++s) gpu_execute(cycles);
+        instructions = static_cast<double>(gpu_state.regs[10]) * risc_loops::LOOP_INSTRUCTIONS;
+    } else {
+        dsp_init();
+        risc_loops::start_dsp_loop();
+        for (int s = 0; s < slices; ++s) dsp_execute(cycles);
+        instructions = static_cast<double>(dsp_state.regs[10]) * risc_loops::LOOP_INSTRUCTIONS;
+    }
+    std::printf("emulated_instructions %.0f\n", instructions);
     return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    constexpr const char* FIXED = "--fixed-loop=";
-    if (argc == 2 && std::strncmp(argv[1], FIXED, std::strlen(FIXED)) == 0)
-        return run_fixed_loop(argv[1] + std::strlen(FIXED));
+    const struct {
+        const char* option;
+        processor which;
+    } fixed[] = {{"--fixed-loop=", M68K}, {"--fixed-gpu-loop=", GPU}, {"--fixed-dsp-loop=", DSP}};
+    for (const auto& f : fixed)
+        if (argc == 2 && std::strncmp(argv[1], f.option, std::strlen(f.option)) == 0)
+            return run_fixed_loop(f.which, argv[1] + std::strlen(f.option));
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     table_reporter reporter;
