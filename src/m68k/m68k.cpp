@@ -44,13 +44,16 @@ const m68k_data_region* find_data_region(const m68k_data_region* r, uint32_t add
     return nullptr;
 }
 
-// Makes region r current for pc. A region too small to hold a word gets a span that fails
-// every fast check, so its fetches all go the slow way and fail there.
+// Makes region r current for pc (an instruction running from the copy of its words leaves the
+// copy here, and what it had read of it is noted).
+void leave_window() {
+    if (!in_window) return;
+    window_consumed = static_cast<uint32_t>(m68k_run.fetch_ptr - reinterpret_cast<uintptr_t>(window_words));
+    in_window = false;
+}
+
 void enter_fetch_region(const m68k_fetch_region* r, uint32_t pc) {
-    if (in_window) {
-        window_consumed = static_cast<uint32_t>(m68k_run.fetch_ptr - reinterpret_cast<uintptr_t>(window_words));
-        in_window = false;
-    }
+    leave_window();
     uint32_t address = pc & ADDRESS_MASK;
     m68k_run.fetch_ptr = r->offset + address;
     m68k_run.fetch_base = r->offset - (pc & ~ADDRESS_MASK);
@@ -256,10 +259,7 @@ const uint8_t* m68k_fetch_pointer(uint32_t address) {
 bool m68k_load_pc(uint32_t pc) {
     const m68k_fetch_region* r = find_fetch_region(pc & ADDRESS_MASK);
     if (!r) {
-        if (in_window) {
-            window_consumed = static_cast<uint32_t>(m68k_run.fetch_ptr - reinterpret_cast<uintptr_t>(window_words));
-            in_window = false;
-        }
+        leave_window();
         if (!m68k_run.ended) m68k_run.end_pc = pc & ADDRESS_MASK;
         m68k_end_slice(M68K_NO_FETCH_REGION);
         return false;
@@ -427,6 +427,7 @@ void m68k_set_fetch_region(m68k_fetch_region* entry, uint32_t low, uint32_t high
 
 void m68k_set_data_region(m68k_data_region* entry, uint32_t low, uint32_t high, uintptr_t memory,
                           m68k_read_handler read, m68k_write_handler write) {
+    close_windows();
     entry->low = low;
     entry->high = high;
     entry->memory = memory;
