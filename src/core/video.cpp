@@ -1,6 +1,7 @@
 // The graphics chip's register file.
 #include "core/video.h"
 
+#include "blitter/blitter.h"
 #include "core/host.h"
 #include "core/memory.h"
 #include "m68k/m68k.h"
@@ -20,11 +21,6 @@ constexpr uint32_t INT1_SOURCE_MASK = 0x1F;
 // Registers outside the video block that this file answers itself.
 constexpr uint32_t G_CTRL_BYTE3 = 0xF02117;  // G_CTRL's low byte: byte accesses pass silently
 constexpr uint32_t GPU_BLOCK_PROBE = 0xF020FC;  // reads 0
-constexpr uint32_t A1_CLIP = 0xF02204;
-constexpr uint32_t B_CMD = 0xF02238;           // reads the Blitter's status: 1 = idle
-constexpr uint32_t B_COUNT = 0xF02234;
-constexpr uint32_t B_SRCD_HI = 0xF02268;
-constexpr uint32_t B_SRCD_LO = 0xF0226C;
 
 // The countdown restarts at the timer's period in system clocks; frequency + 1 is never 0
 // because the frequency lies between 0 and the system clock.
@@ -45,6 +41,8 @@ void recompute_video_timer() {
     reload_timer_countdown();
 }
 
+bool in_blitter_block(uint32_t address) { return address >= BLITTER_BASE && address < BLITTER_END; }
+
 void write_int1(uint16_t enables, uint16_t acknowledges) {
     video.int1_enable = enables & INT1_SOURCE_MASK;
     video.int1_pending &= static_cast<uint16_t>(~(acknowledges & INT1_SOURCE_MASK));
@@ -54,6 +52,7 @@ void write_int1(uint16_t enables, uint16_t acknowledges) {
 
 void video_reset() {
     video = video_registers{};
+    blitter_reset();
     op_reset_line_width();
 }
 
@@ -107,6 +106,7 @@ uint16_t gpu_read16(uint32_t address) {
 }
 
 uint32_t gpu_read32(uint32_t address) {
+    if (in_blitter_block(address)) return blitter_read32(address);
     switch (address) {
         case MEMCON1:
             return 0;
@@ -130,15 +130,6 @@ uint32_t gpu_read32(uint32_t address) {
             return (static_cast<uint32_t>(video.pit0) << 16) | video.pit1;
         case INT1:
             return video.int1_pending;
-        // The Blitter runs every blit to completion inside the write that starts it, so its
-        // status always reads idle and its progress registers read 0.
-        case A1_CLIP:
-        case B_COUNT:
-        case B_SRCD_HI:
-        case B_SRCD_LO:
-            return 0;
-        case B_CMD:
-            return 1;
         // The GPU's control block; G_MTXA and G_END are not readable.
         case G_FLAGS:
         case G_MTXC:
@@ -233,6 +224,7 @@ void gpu_write16(uint32_t address, uint16_t value) {
 }
 
 void gpu_write32(uint32_t address, uint32_t value) {
+    if (in_blitter_block(address)) return blitter_write32(address, value);
     switch (address) {
         case OLP:
             video.olp = rotate16(value);
@@ -266,7 +258,6 @@ void gpu_write32(uint32_t address, uint32_t value) {
             gpu_control_write(address, value);
             return;
         default:
-            // Includes the Blitter block, which has no Blitter behind it yet.
             log_printf("gpu_write32 %08X to %08X\n", value, address);
             return;
     }

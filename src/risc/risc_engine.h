@@ -3,7 +3,8 @@
 // state, local RAM and messages. Included only by gpu.cpp and dsp.cpp.
 //
 // A slice keeps pc, the cycle count, the delayed-jump state and the code region in locals.
-// Every data access goes through the bus; before each one the engine stores pc (the executing
+// Data accesses go through the bus (only aligned longs in the processor's own local RAM are
+// served here, as the bus would); before each bus access the engine stores pc (the executing
 // instruction's address) in the state record, and around a store also the delayed-jump state,
 // because a store can reach the processor's own control registers: it may switch banks, stop
 // the processor, write pc or raise an interrupt under the running loop.
@@ -32,7 +33,8 @@ struct risc_core {
     uint32_t code_size;         // bytes in the region
     uint32_t jump_state;        // 0 none, 1 the executing instruction took a jump, 2 delay slot
     uint32_t switch_pc;         // pc at the last actual bank switch (the DSP's jump rule)
-    uint32_t jump_target;       // (apart from jump_state, so that the two stay scalars)
+    uint32_t jump_target;       // not next to jump_state: the compiler would pack the adjacent
+                                // pair into one vector register inside the slice loop
     bool in_slice;              // the slice loop is running (stores reach the control block)
     uint8_t cond_table[32][8];  // [condition code][4 N + 2 C + Z]
     uint32_t quick[32];         // q(n): 1..31, 32 for 0

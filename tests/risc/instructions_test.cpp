@@ -99,122 +99,101 @@ const row dsp_rows[] = {
 // clang-format on
 
 void check(const cpu& c, const row& r) {
-    c.regs()[1] = r.rs;
-    c.regs()[2] = r.rd;
+    c.regs[1] = r.rs;
+    c.regs[2] = r.rd;
     c.set_flags(r.in);
     ASSERT_EQ(c.run_all({ins(r.opcode, r.n, 2)}), 1);
-    EXPECT_EQ(c.regs()[2], r.result) << std::hex << c.name() << ": " << r.what;
-    EXPECT_EQ(c.get_flags(), r.out) << c.name() << ": " << r.what;
+    EXPECT_EQ(c.regs[2], r.result) << std::hex << c.name << ": " << r.what;
+    EXPECT_EQ(c.get_flags(), r.out) << c.name << ": " << r.what;
 }
 
 class Instruction : public BothCores {};
 
 TEST_P(Instruction, ResultAndFlags) {
     for (const row& r : shared_rows) check(c(), r);
+    // mtoi writes its source register, never Rd.
+    c().regs[3] = 0x80123456;
+    c().regs[4] = 77;
+    c().run_all({ins(MTOI, 3, 4)});
+    EXPECT_EQ(c().regs[3], 0xFF923456u);
+    EXPECT_EQ(c().regs[4], 77u);
+    EXPECT_EQ(c().get_flags(), N);
 }
 
 TEST_F(RiscTest, ProcessorOwnOpcodesResultAndFlags) {
     for (const row& r : gpu_rows) check(GPU, r);
-    dsp_state.modulo = 0xFFFFFF00;
+    bus_write32(D_MOD, 0xFFFFFF00);
     for (const row& r : dsp_rows) check(DSP, r);
 }
 
-// mtoi writes its source register, never Rd.
-TEST_P(Instruction, MtoiWritesTheSourceRegister) {
-    c().regs()[3] = 0x80123456;
-    c().regs()[4] = 77;
-    c().run_all({ins(MTOI, 3, 4)});
-    EXPECT_EQ(c().regs()[3], 0xFF923456u);
-    EXPECT_EQ(c().regs()[4], 77u);
-    EXPECT_EQ(c().get_flags(), N);
-}
-
-// The multiply accumulator: 32 bits that wrap on the GPU, 64 bits on the DSP.
-TEST_F(RiscTest, AccumulatorWidths) {
-    const program mac = {ins(IMULTN, 1, 2), ins(IMACN, 1, 2), ins(IMACN, 1, 2), ins(RESMAC, 0, 3)};
+// The multiply accumulator wraps at 32 bits on the GPU and holds 64 on the DSP; sat32s
+// saturates the 40-bit value of the accumulator's low byte above Rd (all ones for a negative
+// Rd) to the signed 32-bit range.
+TEST_F(RiscTest, AccumulatorsAndSat32s) {
     for (const cpu* c : {&GPU, &DSP}) {
-        c->regs()[1] = 0x8000;  // -32768
-        c->regs()[2] = 0x8000;
-        c->run_all(mac);
-        EXPECT_EQ(c->regs()[3], 0xC0000000u) << c->name();  // 3 * 2^30 wraps past the sign
-        EXPECT_EQ(c->regs()[2], 0x8000u) << c->name();
+        c->regs[1] = c->regs[2] = 0x8000;  // -32768
+        c->run_all({ins(IMULTN, 1, 2), ins(IMACN, 1, 2), ins(IMACN, 1, 2), ins(RESMAC, 0, 3)});
+        EXPECT_EQ(c->regs[3], 0xC0000000u) << c->name;  // 3 * 2^30 runs into the sign
     }
     EXPECT_EQ(gpu_state.acc, static_cast<int32_t>(0xC0000000));
     EXPECT_EQ(dsp_state.acc, 3ll << 30);
-}
-
-// sat32s saturates the 40-bit value of the accumulator's low byte above Rd.
-TEST_F(RiscTest, Sat32sBounds) {
-    struct {
+    const struct {
         int64_t acc;
         uint32_t rd, result;
-    } rows[] = {
-        {0, 0x7FFFFFFF, 0x7FFFFFFF},  // in range
-        {1, 0x00000005, 0x7FFFFFFF},  // above: the largest value
-        {0x100, 0x5, 0x5},            // only the low byte counts
-        {0xFF, 0x00000005, 0x80000000},  // below: the smallest value
-        {0x12, 0xFFFFFFFE, 0xFFFFFFFE},  // a negative Rd stands for itself
-    };
+    } rows[] = {{0, 0x7FFFFFFF, 0x7FFFFFFF}, {1, 5, 0x7FFFFFFF}, {0x100, 5, 5}, {0xFF, 5, 0x80000000}, {0x12, 0xFFFFFFFE, 0xFFFFFFFE}};
     for (const auto& r : rows) {
         dsp_state.acc = r.acc;
-        DSP.regs()[2] = r.rd;
+        DSP.regs[2] = r.rd;
+        DSP.set_flags(N);
         DSP.run_all({ins(SAT32S, 0, 2)});
-        EXPECT_EQ(DSP.regs()[2], r.result) << r.acc << " " << r.rd;
-        EXPECT_EQ(DSP.get_flags().n, 0);
+        EXPECT_EQ(DSP.regs[2], r.result) << r.acc << " " << r.rd;
+        EXPECT_EQ(DSP.get_flags(), F000);
     }
 }
 
-// Division: unsigned, 16.16 fractional, and by zero (nothing changes).
+// Division, unsigned and 16.16 fractional, through the divide-control and remainder
+// registers; by zero nothing changes. The flags never do.
 TEST_P(Instruction, Division) {
-    struct {
+    const struct {
         uint32_t ctrl, rd, rs, quotient, remainder;
-    } rows[] = {
-        {0, 100, 7, 14, 2},
-        {0, 0xFFFFFFFF, 2, 0x7FFFFFFF, 1},
-        {1, 1, 2, 0x8000, 0},
-        {1, 3, 0x20000, 1, 0x10000},
-        {0, 55, 0, 55, 0xABCD},
-        {1, 55, 0, 55, 0xABCD},
-    };
+    } rows[] = {{0, 100, 7, 14, 2},      {0, 0xFFFFFFFF, 2, 0x7FFFFFFF, 1}, {1, 1, 2, 0x8000, 0},
+                {1, 3, 0x20000, 1, 0x10000}, {0, 55, 0, 55, 0x10000},      {1, 55, 0, 55, 0x10000}};
     for (const auto& r : rows) {
-        c().div_ctrl() = r.ctrl;
-        c().div_remainder() = 0xABCD;
-        c().regs()[1] = r.rs;
-        c().regs()[2] = r.rd;
+        bus_write32(c().block + 0x1C, r.ctrl);
+        c().regs[1] = r.rs;
+        c().regs[2] = r.rd;
         c().set_flags(ALL);
         c().run_all({ins(DIV, 1, 2)});
-        EXPECT_EQ(c().regs()[2], r.quotient) << r.rd << "/" << r.rs << " mode " << r.ctrl;
-        EXPECT_EQ(c().div_remainder(), r.remainder) << r.rd << "/" << r.rs << " mode " << r.ctrl;
+        EXPECT_EQ(c().regs[2], r.quotient) << r.rd << "/" << r.rs << " mode " << r.ctrl;
+        EXPECT_EQ(bus_read32(c().block + 0x1C), r.remainder) << r.rd << "/" << r.rs << " mode " << r.ctrl;
         EXPECT_EQ(c().get_flags(), ALL);
     }
 }
 
-// mmult: w products of the low words of longs at mtxa (step 4, or 4w for a column) with the
-// 16-bit halves of the other bank's registers, low half first.
-TEST_P(Instruction, MatrixMultiplyRowAndColumn) {
-    const uint32_t matrix = 0x1000;
-    for (uint32_t i = 0; i < 9; ++i) bus_write32(matrix + 4 * i, 0xAAAA0000 | (i + 1));
-    c().alt_regs()[4] = 0x0003'0002;  // elements 2, 3
-    c().alt_regs()[5] = 0xFFFF'0004;  // elements 4, -1
-    c().mtxa() = matrix;
-    c().mtxc() = 3;
-    c().run_all({ins(MMULT, 4, 6)});
-    EXPECT_EQ(c().regs()[6], 1 * 2 + 2 * 3 + 3 * 4u);  // row: matrix 1, 2, 3
-    c().mtxc() = 16 | 3;
-    c().run_all({ins(MMULT, 4, 6)});
-    EXPECT_EQ(c().regs()[6], 1 * 2 + 4 * 3 + 7 * 4u);  // column: matrix 1, 4, 7
-    c().mtxc() = 4;
-    c().run_all({ins(MMULT, 4, 6)});
-    EXPECT_EQ(c().regs()[6], 1 * 2 + 2 * 3 + 3 * 4 - 4u);
-    EXPECT_EQ(c().get_flags(), C);  // adding -4 carries
-    // Registers past R31 wrap to R0.
-    c().alt_regs()[31] = 0x0001'0001;
-    c().alt_regs()[0] = 0x0000'0010;
-    c().run_all({ins(MMULT, 31, 6)});
-    EXPECT_EQ(c().regs()[6], 1 + 2 + 3 * 16u);
+// mmult: w products of the low words of longs from the matrix address (step 4, or 4w for a
+// column) with the other bank's registers, two 16-bit elements each, low half first; register
+// numbers past R31 wrap to R0.
+TEST_P(Instruction, MatrixMultiply) {
+    for (uint32_t i = 0; i < 9; ++i) bus_write32(0x1000 + 4 * i, 0xAAAA0000 | (i + 1));
+    c().alt_regs[4] = 0x0003'0002;
+    c().alt_regs[5] = 0xFFFF'0004;  // elements 4 and -1
+    c().alt_regs[31] = 0x0001'0001;
+    c().alt_regs[0] = 0x0000'0010;
+    bus_write32(c().block + 8, 0x1000);
+    const struct {
+        uint32_t mtxc, first, result;
+        flags out;
+    } rows[] = {{3, 4, 2 + 2 * 3 + 3 * 4, F000},        {16 | 3, 4, 2 + 4 * 3 + 7 * 4, F000},
+                {4, 4, 2 + 2 * 3 + 3 * 4 - 4, C},        {3, 31, 1 + 2 + 3 * 16, F000}};
+    for (const auto& r : rows) {
+        bus_write32(c().block + 4, r.mtxc);
+        c().set_flags(F000);
+        c().run_all({ins(MMULT, r.first, 6)});
+        EXPECT_EQ(c().regs[6], r.result) << r.mtxc << " from R" << r.first;
+        EXPECT_EQ(c().get_flags(), r.out) << r.mtxc << " from R" << r.first;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Processors, Instruction, testing::Values(GPU, DSP),
-                         [](const auto& info) { return std::string(info.param.name()); });
+RISC_ON_BOTH(Instruction);
 
 }  // namespace

@@ -3,7 +3,6 @@
 // the frame information and the instruction trace.
 #include <vector>
 
-#include "core/scheduler.h"
 #include "risc/risc_trace.h"
 #include "risc_test_support.h"
 #include "support/temp_files.h"
@@ -65,12 +64,7 @@ TEST_F(Machine, DspAudioInterruptsFillTheSampleBuffersForAFrame) {
     put(DSP_RAM_BASE + 16, movei(handler, 30) + program{ins(JUMP, 30, CC_ALWAYS), ins(NOP, 0, 0)});
     put(handler, program{ins(ADDQT, 1, 20)} + movei(0xF1A148, 21) + movei(0xF1A14C, 22) +
                      program{ins(STORE, 21, 20), ins(NOT, 0, 20), ins(STORE, 22, 20), ins(NOT, 0, 20)} +
-                     [] {
-                         program ret = movei(D_FLAGS, 29);
-                         return ret + program{ins(LOAD, 29, 28), ins(BCLR, 3, 28), ins(BSET, 10, 28),
-                                              ins(LOAD, 31, 27), ins(ADDQ, 2, 27), ins(ADDQ, 4, 31),
-                                              ins(JUMP, 27, CC_ALWAYS), ins(STORE, 29, 28)};
-                     }());
+                     handler_return(D_FLAGS, 1));
     put(loop, idle);
     bus_write32(0xF1A150, 19);  // SCLK
     bus_write32(D_FLAGS, 1u << 5);
@@ -118,10 +112,7 @@ TEST_F(Machine, GpuObjectsInterruptTheGpu) {
     gpu_write16(OLP + 2, 0);
     gpu_write16(VDB, 40);
     gpu_write16(VDE, 50);
-    put(GPU_RAM_BASE + 0x30, program{ins(ADDQT, 1, 20)} + movei(G_FLAGS, 29) +
-                                 program{ins(LOAD, 29, 28), ins(BCLR, 3, 28), ins(BSET, 12, 28), ins(LOAD, 31, 27),
-                                         ins(ADDQ, 2, 27), ins(ADDQ, 4, 31), ins(JUMP, 27, CC_ALWAYS),
-                                         ins(STORE, 29, 28)});
+    put(GPU_RAM_BASE + 0x30, program{ins(ADDQT, 1, 20)} + handler_return(G_FLAGS, 3));
     put(loop, idle);
     bus_write32(G_FLAGS, 1u << 7);
     gpu_state.regs[31] = GPU_RAM_BASE + 0xF00;

@@ -1,19 +1,17 @@
-// Shared set-up for the GPU and DSP tests: a machine with fresh buffers, both RISC processors
-// reset and the chips cleared; instruction words built from opcode numbers and fields and
-// written straight into memory; one slice run from a given address.
+// Shared set-up for the GPU and DSP tests: a machine with fresh buffers and both processors
+// reset; instruction words built from opcode numbers and fields, written into memory through
+// the bus; one face for both processors, so that shared behaviour is tested on each.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
 #include "core/bus.h"
 #include "core/host.h"
 #include "core/memory.h"
-#include "core/sound.h"
 #include "core/video.h"
 #include "m68k/m68k.h"
 #include "risc/dsp.h"
@@ -22,31 +20,18 @@
 
 namespace risc_test {
 
-// Opcode numbers of the instructions the tests write.
 enum : unsigned {
-    ADD = 0, ADDC = 1, ADDQ = 2, ADDQT = 3, SUB = 4, SUBC = 5, SUBQ = 6, SUBQT = 7, NEG = 8,
-    AND = 9, OR = 10, XOR = 11, NOT = 12, BTST = 13, BSET = 14, BCLR = 15, MULT = 16, IMULT = 17,
-    IMULTN = 18, RESMAC = 19, IMACN = 20, DIV = 21, ABS = 22, SH = 23, SHLQ = 24, SHRQ = 25,
-    SHA = 26, SHARQ = 27, ROR = 28, RORQ = 29, CMP = 30, CMPQ = 31, SAT8 = 32, SAT16 = 33,
-    MOVE = 34, MOVEQ = 35, MOVETA = 36, MOVEFA = 37, MOVEI = 38, LOADB = 39, LOADW = 40, LOAD = 41,
-    LOADP = 42, LOAD_R14_Q = 43, LOAD_R15_Q = 44, STOREB = 45, STOREW = 46, STORE = 47, STOREP = 48,
-    STORE_R14_Q = 49, STORE_R15_Q = 50, MOVE_PC = 51, JUMP = 52, JR = 53, MMULT = 54, MTOI = 55,
-    NORMI = 56, NOP = 57, LOAD_R14_RS = 58, LOAD_R15_RS = 59, STORE_R14_RS = 60,
-    STORE_R15_RS = 61, SAT24 = 62, PACK = 63,
-    // The DSP's own meanings.
-    SAT16S = 33, SAT32S = 42, ADDQMOD = 63,
+    ADD, ADDC, ADDQ, ADDQT, SUB, SUBC, SUBQ, SUBQT, NEG, AND, OR, XOR, NOT, BTST, BSET, BCLR, MULT, IMULT,
+    IMULTN, RESMAC, IMACN, DIV, ABS, SH, SHLQ, SHRQ, SHA, SHARQ, ROR, RORQ, CMP, CMPQ, SAT8, SAT16, MOVE,
+    MOVEQ, MOVETA, MOVEFA, MOVEI, LOADB, LOADW, LOAD, LOADP, LOAD_R14_Q, LOAD_R15_Q, STOREB, STOREW, STORE,
+    STOREP, STORE_R14_Q, STORE_R15_Q, MOVE_PC, JUMP, JR, MMULT, MTOI, NORMI, NOP, LOAD_R14_RS, LOAD_R15_RS,
+    STORE_R14_RS, STORE_R15_RS, SAT24, PACK,
+    SAT16S = 33, SAT32S = 42, ADDQMOD = 63,  // the DSP's own
 };
-
-// Conditions of jump and jr.
-enum : unsigned { CC_ALWAYS = 0, CC_NE = 1, CC_EQ = 2, CC_CC = 4, CC_CS = 8, CC_PL = 20, CC_MI = 24 };
+enum : unsigned { CC_ALWAYS = 0, CC_EQ = 2 };
 
 constexpr uint16_t ins(unsigned opcode, unsigned first, unsigned second) {
     return static_cast<uint16_t>(opcode << 10 | (first & 31) << 5 | (second & 31));
-}
-
-// movei #value,Rd as its three words.
-inline std::vector<uint16_t> movei(uint32_t value, unsigned rd) {
-    return {ins(MOVEI, 0, rd), static_cast<uint16_t>(value), static_cast<uint16_t>(value >> 16)};
 }
 
 using program = std::vector<uint16_t>;
@@ -54,15 +39,21 @@ inline program operator+(program a, const program& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
 }
-
-// Writes the words at a console address through the bus, as a loader would.
-inline void put(uint32_t address, const program& words) {
-    for (uint16_t w : words) {
-        bus_write16(address, w);
-        address += 2;
-    }
+// movei #value,Rd: the word, then the operand's low and high halves.
+inline program movei(uint32_t value, unsigned rd) {
+    return {ins(MOVEI, 0, rd), static_cast<uint16_t>(value), static_cast<uint16_t>(value >> 16)};
+}
+// An interrupt handler's return: imask and latch n cleared in the flags register, back to the
+// stacked address + 2 with the flags written in the jump's delay slot.
+inline program handler_return(uint32_t flags_register, unsigned n) {
+    return movei(flags_register, 29) + program{ins(LOAD, 29, 28), ins(BCLR, 3, 28), ins(BSET, 9 + n, 28),
+                                               ins(LOAD, 31, 27), ins(ADDQ, 2, 27), ins(ADDQ, 4, 31),
+                                               ins(JUMP, 27, CC_ALWAYS), ins(STORE, 29, 28)};
 }
 
+inline void put(uint32_t address, const program& words) {
+    for (uint16_t w : words) bus_write16(address, w), address += 2;
+}
 inline void clear_message() { log_text[0] = '\0'; }
 
 struct flags {
@@ -73,55 +64,41 @@ inline std::ostream& operator<<(std::ostream& out, const flags& f) {
     return out << "Z" << int(f.z) << " C" << int(f.c) << " N" << int(f.n);
 }
 
-// The two processors behind one face, so that shared behaviour is tested on both.
+// A processor: its state fields, its control block (the same layout on both: flags +0, mtxc +4,
+// mtxa +8, end +0xC, pc +0x10, ctrl +0x14, remainder/divide control +0x1C) and entry points.
 struct cpu {
     risc_processor which;
-    uint32_t* regs() const { return which == RISC_GPU ? gpu_state.regs : dsp_state.regs; }
-    uint32_t* alt_regs() const { return which == RISC_GPU ? gpu_state.alt_regs : dsp_state.alt_regs; }
-    uint32_t& pc() const { return which == RISC_GPU ? gpu_state.pc : dsp_state.pc; }
-    uint32_t& running() const { return which == RISC_GPU ? gpu_state.running : dsp_state.running; }
-    uint32_t& div_ctrl() const { return which == RISC_GPU ? gpu_state.div_ctrl : dsp_state.div_ctrl; }
-    uint32_t& div_remainder() const { return which == RISC_GPU ? gpu_state.div_remainder : dsp_state.div_remainder; }
-    uint32_t& mtxc() const { return which == RISC_GPU ? gpu_state.mtxc : dsp_state.mtxc; }
-    uint32_t& mtxa() const { return which == RISC_GPU ? gpu_state.mtxa : dsp_state.mtxa; }
-    uint32_t ram_base() const { return which == RISC_GPU ? GPU_RAM_BASE : DSP_RAM_BASE; }
-    uint32_t flags_register() const { return which == RISC_GPU ? G_FLAGS : D_FLAGS; }
-    uint32_t ctrl_register() const { return which == RISC_GPU ? G_CTRL : D_CTRL; }
-    flags get_flags() const {
-        return which == RISC_GPU ? flags{gpu_state.flag_z, gpu_state.flag_c, gpu_state.flag_n}
-                                 : flags{dsp_state.flag_z, dsp_state.flag_c, dsp_state.flag_n};
-    }
-    void set_flags(flags f) const {
-        if (which == RISC_GPU) {
-            gpu_state.flag_z = f.z, gpu_state.flag_c = f.c, gpu_state.flag_n = f.n;
-        } else {
-            dsp_state.flag_z = f.z, dsp_state.flag_c = f.c, dsp_state.flag_n = f.n;
-        }
-    }
-    int execute(int32_t budget) const { return which == RISC_GPU ? gpu_execute(budget) : dsp_execute(budget); }
-    void interrupt(int n) const { which == RISC_GPU ? gpu_interrupt(n) : dsp_interrupt(n); }
-    const char* name() const { return which == RISC_GPU ? "GPU" : "DSP"; }
+    const char* name;
+    uint32_t ram, block;
+    uint32_t *regs, *alt_regs, *pc, *running;
+    uint8_t *z, *c, *n;
+    int (*execute)(int32_t);
+    void (*interrupt)(int);
 
-    // Places the words at `address` (default: the start of local RAM), starts the processor
-    // there and runs one slice.
+    flags get_flags() const { return {*z, *c, *n}; }
+    void set_flags(flags f) const { *z = f.z, *c = f.c, *n = f.n; }
+    // Places the words at `address` (default: the start of local RAM) and runs one slice there.
     int run(const program& words, int32_t budget, uint32_t address = 0) const {
-        if (!address) address = ram_base();
-        put(address, words);
-        pc() = address;
-        running() = 1;
+        put(address ? address : ram, words);
+        *pc = address ? address : ram;
+        *running = 1;
         return execute(budget);
     }
-    // Runs exactly the given words, 3 cycles each (a movei counts once).
+    // Runs exactly the given instructions, 3 cycles each.
     int run_all(const program& words) const {
-        int count = 0;
-        for (size_t i = 0; i < words.size(); ++i, ++count)
-            if (words[i] >> 10 == MOVEI) i += 2;
+        int32_t count = 0;
+        for (size_t i = 0; i < words.size(); i += words[i] >> 10 == MOVEI ? 3 : 1) ++count;
         return run(words, 3 * count);
     }
 };
-inline const cpu GPU{RISC_GPU};
-inline const cpu DSP{RISC_DSP};
-inline std::string PrintToString(const cpu& c) { return c.name(); }
+inline const cpu GPU{RISC_GPU, "GPU", GPU_RAM_BASE, G_FLAGS, gpu_state.regs, gpu_state.alt_regs,
+                     &gpu_state.pc, &gpu_state.running, &gpu_state.flag_z, &gpu_state.flag_c,
+                     &gpu_state.flag_n, gpu_execute, gpu_interrupt};
+inline const cpu DSP{RISC_DSP, "DSP", DSP_RAM_BASE, D_FLAGS, dsp_state.regs, dsp_state.alt_regs,
+                     &dsp_state.pc, &dsp_state.running, &dsp_state.flag_z, &dsp_state.flag_c,
+                     &dsp_state.flag_n, dsp_execute, dsp_interrupt};
+
+inline void PrintTo(const cpu& c, std::ostream* out) { *out << c.name; }
 
 class RiscTest : public testing::Test {
 protected:
@@ -129,7 +106,6 @@ protected:
         ASSERT_TRUE(memory_allocate());
         std::memset(main_ram, 0, MAIN_RAM_SIZE);
         video_reset();
-        sound = sound_registers{};
         gpu_init();
         dsp_init();
         std::memset(m68k_context.irq_vector, 0, sizeof m68k_context.irq_vector);
@@ -144,5 +120,7 @@ class BothCores : public RiscTest, public testing::WithParamInterface<cpu> {
 protected:
     const cpu& c() const { return GetParam(); }
 };
+#define RISC_ON_BOTH(suite) \
+    INSTANTIATE_TEST_SUITE_P(Processors, suite, testing::Values(GPU, DSP), [](const auto& i) { return std::string(i.param.name); })
 
 }  // namespace risc_test
