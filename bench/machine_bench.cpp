@@ -1,12 +1,10 @@
 // The whole machine at a glance: how many frames per second the core runs with a 68000 that
 // sleeps until its line interrupt, spins in a branch loop, or works every slice together with
-// the GPU and the DSP while the Object Processor draws 240 full-width lines; the 68000's, the
-// GPU's and the DSP's own instruction rates in their frame slices (the 68000's also in long
-// slices); the Object Processor's cost per line. After the usual benchmark output it prints one
-// table of these figures, each with its unit.
-//
-// Rows for the Blitter (fills, and its share of the busy frame) join the table when the Blitter
-// is part of the core.
+// the GPU and the DSP while the Blitter clears and redraws the screen that the Object Processor
+// shows on 240 full-width lines; the 68000's, the GPU's and the DSP's own instruction rates in
+// their frame slices (the 68000's also in long slices); the Object Processor's cost per line; the
+// Blitter's full-screen fill and redraw. After the usual benchmark output it prints one table of
+// these figures, each with its unit.
 //
 // `machine_bench --fixed-loop=CYCLES,SLICES` runs the 68000's mixed loop in SLICES slices of
 // CYCLES cycles, prints the emulated instruction count and exits; `--fixed-gpu-loop=` and
@@ -29,6 +27,7 @@
 #include "core/video.h"
 #include "m68k/m68k.h"
 #include "objproc/colour_tables.h"
+#include "blitter_screen.h"
 #include "objproc/objproc.h"
 #include "risc_loops.h"
 #include "vemocore.h"
@@ -176,7 +175,7 @@ BENCHMARK(BM_SpinningFrame)->Unit(benchmark::kMicrosecond);
 // The Object Processor: one full-width object on every displayed line.
 
 constexpr uint32_t LIST = 0x10000;
-constexpr uint32_t BITMAP = 0x20000;
+constexpr uint32_t BITMAP = blitter_screen::SCREEN;  // the Blitter's screen is the one shown
 constexpr int VDB_LINE = 40;
 constexpr int DISPLAYED_LINES = 480;  // 240 rows, every second line
 constexpr int WIDTH = 320;
@@ -260,8 +259,32 @@ void BM_DspLoopLineSlices(benchmark::State& state) {
 }
 BENCHMARK(BM_DspLoopLineSlices)->Unit(benchmark::kMicrosecond);
 
+// ---------------------------------------------------------------------------------------------
+// The Blitter over a 320 x 240 16-bit screen.
+
+void run_blitter(benchmark::State& state, bool redraw) {
+    memory_allocate();
+    build_colour_tables();
+    video_reset();
+    blitter_screen::screen_blit(4);
+    for (auto _ : state) {
+        if (redraw) blitter_screen::clear_and_redraw();
+        else blitter_screen::full_screen(PATDSEL | UPDA1);
+        benchmark::DoNotOptimize(main_ram[blitter_screen::SCREEN]);
+    }
+    state.counters["pixels_per_s"] = benchmark::Counter(
+        static_cast<double>(state.iterations()) * blitter_screen::PIXELS * (redraw ? 2 : 1), benchmark::Counter::kIsRate);
+    memory_release();
+}
+
+void BM_BlitterFill16(benchmark::State& state) { run_blitter(state, false); }
+BENCHMARK(BM_BlitterFill16);
+void BM_BlitterClearAndRedraw16(benchmark::State& state) { run_blitter(state, true); }
+BENCHMARK(BM_BlitterClearAndRedraw16);
+
 // A busy frame: the 68000 runs the mixed loop in every slice, the GPU its loop in every slice,
-// the DSP its loop on every line, and the Object Processor draws 240 full-width 16-bit lines.
+// the DSP its loop on every line, the Object Processor draws 240 full-width 16-bit lines, and
+// once a frame the Blitter clears the screen it shows and redraws it from an image.
 void BM_BusyFrame(benchmark::State& state) {
     std::vector<uint8_t> image;
     for (uint16_t w : MIX_LOOP) image.push_back(static_cast<uint8_t>(w >> 8)), image.push_back(static_cast<uint8_t>(w));
@@ -271,9 +294,18 @@ void BM_BusyFrame(benchmark::State& state) {
     build_screen(4, false);
     risc_loops::start_gpu_loop();
     risc_loops::start_dsp_loop();
+    blitter_screen::screen_blit(4);
     const uint32_t m68k_before = m68k_context.d[7];
     const uint32_t risc_before = gpu_state.regs[10] + dsp_state.regs[10];
-    run_frames(state);
+    for (auto _ : state) {
+        blitter_screen::clear_and_redraw();
+        if (vemo_run_frame() != 1) {
+            state.SkipWithError(vemo_get_error_string());
+            break;
+        }
+    }
+    state.counters["frames_per_s"] = benchmark::Counter(static_cast<double>(state.iterations()),
+                                                        benchmark::Counter::kIsRate);
     const double frames = static_cast<double>(state.iterations());
     state.counters["m68k_instructions_per_frame"] = mix_instructions(m68k_context.d[7] - m68k_before) / frames;
     state.counters["risc_instructions_per_frame"] =
@@ -296,11 +328,13 @@ struct row {
 const row ROWS[] = {
     {"BM_IdleFrame", "idle frame (68000 in STOP, line interrupt)", "frames_per_s", 1, "frames/s"},
     {"BM_SpinningFrame", "spinning frame (68000 in a BRA loop)", "frames_per_s", 1, "frames/s"},
-    {"BM_BusyFrame", "busy frame (68000, GPU, DSP busy; 240 OP lines)", "frames_per_s", 1, "frames/s"},
+    {"BM_BusyFrame", "busy frame (68000, GPU, DSP, Blitter, 240 OP lines)", "frames_per_s", 1, "frames/s"},
     {"BM_M68kMixFrameSlices", "68000 mix, 60-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
     {"BM_M68kMixLongSlices", "68000 mix, 10500-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
     {"BM_GpuLoopFrameSlices", "GPU loop, 120-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
     {"BM_DspLoopLineSlices", "DSP loop, 844-cycle slices", "instructions_per_s", 1e-6, "M instructions/s"},
+    {"BM_BlitterFill16", "Blitter fill, 16-bit 320 x 240", "pixels_per_s", 1e-6, "M pixels/s"},
+    {"BM_BlitterClearAndRedraw16", "Blitter clear and redraw, 16-bit 320 x 240", "pixels_per_s", 1e-6, "M pixels/s"},
     {"BM_OpLine16Bit", "OP line, 16-bit, 320 pixels", nullptr, 1, "ns/line"},
     {"BM_OpLine16BitTransparent", "OP line, 16-bit TRANS, 320 pixels", nullptr, 1, "ns/line"},
     {"BM_OpLine8BitClut", "OP line, 8-bit CLUT, 320 pixels", nullptr, 1, "ns/line"},
@@ -338,7 +372,6 @@ public:
             if (it == figures_.end()) continue;
             std::printf("%-48s %14.1f  %s\n", r.what, it->second, r.unit);
         }
-        std::printf("(no Blitter in this core yet: no Blitter-fill row, and none of its work in the busy frame)\n");
     }
 
 private:
