@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the project builds, tests and runs with, when any is missing.
+# Installs the Debian packages the project builds, tests and runs with, when any is missing;
+# packages named as arguments are installed too (the Windows and 32-bit scripts add theirs).
 set -euo pipefail
 
 packages=(
@@ -7,6 +8,8 @@ packages=(
   libgtest-dev libbenchmark-dev          # tests and benchmarks
   libpng-dev libcli11-dev                # vemo-run: PNG output, command line
   binutils-m68k-linux-gnu                # assembling 68000 test programs
+  pkgconf                                # the installed package's test builds with pkg-config
+  "$@"
 )
 
 missing=()
@@ -20,6 +23,8 @@ if [ ${#missing[@]} -gt 0 ]; then
   echo "Installing: ${missing[*]}"
   sudo_cmd=()
   [ "$(id -u)" -ne 0 ] && sudo_cmd=(sudo)
-  "${sudo_cmd[@]}" apt-get update -qq
+  # A stale index of a foreign architecture (i386, added for wine) makes the update exit non-zero
+  # although the main index is fine: go on, and let the install say if something is missing.
+  "${sudo_cmd[@]}" apt-get update -qq || echo "apt-get update reported a problem; installing anyway" >&2
   DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq "${missing[@]}"
 fi
