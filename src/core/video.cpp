@@ -5,6 +5,7 @@
 #include "core/memory.h"
 #include "m68k/m68k.h"
 #include "objproc/objproc.h"
+#include "risc/gpu.h"
 
 video_registers video;
 
@@ -18,8 +19,6 @@ constexpr uint32_t INT1_SOURCE_MASK = 0x1F;
 
 // Registers outside the video block that this file answers itself.
 constexpr uint32_t G_CTRL_BYTE3 = 0xF02117;  // G_CTRL's low byte: byte accesses pass silently
-constexpr uint32_t G_CTRL = 0xF02114;
-constexpr uint32_t G_CTRL_CPUINT = 0x2;        // the GPU's request to interrupt the 68000
 constexpr uint32_t GPU_BLOCK_PROBE = 0xF020FC;  // reads 0
 constexpr uint32_t A1_CLIP = 0xF02204;
 constexpr uint32_t B_CMD = 0xF02238;           // reads the Blitter's status: 1 = idle
@@ -140,8 +139,15 @@ uint32_t gpu_read32(uint32_t address) {
             return 0;
         case B_CMD:
             return 1;
+        // The GPU's control block; G_MTXA and G_END are not readable.
+        case G_FLAGS:
+        case G_MTXC:
+        case G_PC:
+        case G_CTRL:
+        case G_HIDATA:
+        case G_REMAIN:
+            return gpu_control_read(address);
         default:
-            // The GPU control block (0xF02100-0xF0211C) has no GPU core behind it yet.
             log_printf("gpu_read32 %08X\n", address);
             return 0;
     }
@@ -248,12 +254,20 @@ void gpu_write32(uint32_t address, uint32_t value) {
         case INT1:
             write_int1(static_cast<uint16_t>(value), static_cast<uint16_t>(value >> 24));
             return;
+        // The GPU's control block; G_CTRL bit 1 raises INT1's GPU source from there.
+        case G_FLAGS:
+        case G_MTXC:
+        case G_MTXA:
+        case G_END:
+        case G_PC:
+        case G_CTRL:
+        case G_HIDATA:
+        case G_DIVCTRL:
+            gpu_control_write(address, value);
+            return;
         default:
-            break;
+            // Includes the Blitter block, which has no Blitter behind it yet.
+            log_printf("gpu_write32 %08X to %08X\n", value, address);
+            return;
     }
-    // The GPU control block and the Blitter block have no core behind them yet: their writes
-    // are reported as unhandled. The GPU's request to interrupt the 68000 is the interrupt
-    // controller's own business, so G_CTRL's CPUINT bit raises its source all the same.
-    log_printf("gpu_write32 %08X to %08X\n", value, address);
-    if (address == G_CTRL && (value & G_CTRL_CPUINT)) video_raise_interrupt(IRQ_GPU);
 }
