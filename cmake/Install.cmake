@@ -55,3 +55,9 @@ foreach(tool_dir ${VEMO_TOOL_DIRS})
     endif()
   endforeach()
 endforeach()
+
+# The libretro core goes where the libraries go; a front-end copies or points its cores folder
+# there (it is self-contained: the core's code is linked into it).
+if(TARGET vemocore_libretro)
+  install(TARGETS vemocore_libretro LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/libretro)
+endif()
