@@ -11,36 +11,19 @@
 #include "blitter/blitter_internal.h"
 #include "core/memory.h"
 #include "core/video.h"
+#include "blitter_screen.h"
 #include "objproc/colour_tables.h"
 #include "vemocore.h"
 
 namespace {
 
-constexpr uint32_t SCREEN = 0x20000, IMAGE = 0x100000;
-constexpr uint32_t WIDTH = 320, HEIGHT = 240, PIXELS = WIDTH * HEIGHT;
-constexpr uint32_t WIDTH_320 = 33;  // width code
-constexpr uint32_t LFU_S = 12u << LFU_SHIFT;
-
-uint32_t xy(uint32_t x, uint32_t y) { return (y & 0xFFFF) << 16 | (x & 0xFFFF); }
+using namespace blitter_screen;
 
 void start_machine() {
     memory_allocate();
     build_colour_tables();
     video_reset();
     blit_use_runs = true;
-}
-
-// Both generators over a 320 x 240 screen of `depth` (A1_FLAGS code), in phrase mode.
-void screen_blit(uint32_t depth) {
-    const uint32_t flags = depth << FLAG_PIXEL_SHIFT | WIDTH_320 << FLAG_WIDTH_SHIFT;
-    gpu_write32(A1_BASE, SCREEN), gpu_write32(A1_FLAGS, flags), gpu_write32(A1_STEP, xy(-WIDTH, 1));
-    gpu_write32(A2_BASE, IMAGE), gpu_write32(A2_FLAGS, flags), gpu_write32(A2_STEP, xy(-WIDTH, 1));
-    gpu_write32(B_PATD, 0x88408840), gpu_write32(B_PATD + 4, 0x88408840);
-    gpu_write32(B_COUNT, xy(WIDTH, HEIGHT));
-}
-void full_screen(uint32_t cmd) {
-    gpu_write32(A1_PIXEL, 0), gpu_write32(A1_FPIXEL, 0), gpu_write32(A2_PIXEL, 0);
-    gpu_write32(B_CMD, cmd);
 }
 
 void run_blits(benchmark::State& state, uint32_t cmd) {
@@ -93,10 +76,8 @@ void BM_ClearAndRedrawFrame(benchmark::State& state) {
     start_machine();
     for (uint32_t i = 0; i < PIXELS; ++i) ws_write16(main_ram, IMAGE + 2 * i, static_cast<uint16_t>(i % 7 ? i : 0));
     screen_blit(4);
-    gpu_write32(B_PATD, 0);  // transparent colour 0
     for (auto _ : state) {
-        full_screen(PATDSEL | UPDA1);
-        full_screen(SRCEN | LFU_S | DCOMPEN | UPDA1 | UPDA2);
+        clear_and_redraw();
         benchmark::DoNotOptimize(main_ram[SCREEN]);
     }
     state.SetItemsProcessed(state.iterations());

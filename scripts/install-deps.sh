@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the project builds, tests and runs with, when any is missing.
+# Installs the Debian packages the project builds, tests and runs with, when any is missing;
+# packages named as arguments are installed too (the Windows and 32-bit scripts add theirs).
 set -euo pipefail
 
 packages=(
@@ -8,9 +9,12 @@ packages=(
   libpng-dev libcli11-dev                # vemo-run: PNG output, command line
   nettle-dev libsndfile1-dev             # vemo-run: frame digests (SHA-256), WAV output
   binutils-m68k-linux-gnu                # assembling 68000 test programs
+  valgrind                               # scripts/callgrind-68k.sh: host instructions counted
   libsdl2-dev                            # vemo-play: window, sound, game controllers
   xvfb xauth xdotool                     # the front-end tests: an X server without a display, keys
   retroarch                              # the libretro core's test: the front-end alone, no cores
+  pkgconf                                # the installed package's test builds with pkg-config
+  "$@"
 )
 
 missing=()
@@ -24,7 +28,9 @@ if [ ${#missing[@]} -gt 0 ]; then
   echo "Installing: ${missing[*]}"
   sudo_cmd=()
   [ "$(id -u)" -ne 0 ] && sudo_cmd=(sudo)
-  "${sudo_cmd[@]}" apt-get update -qq
+  # A stale index of a foreign architecture (i386, added for wine) makes the update exit non-zero
+  # although the main index is fine: go on, and let the install say if something is missing.
+  "${sudo_cmd[@]}" apt-get update -qq || echo "apt-get update reported a problem; installing anyway" >&2
   # Without the recommended extras: RetroArch's would add a session-bus service it then tries.
   DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi

@@ -24,9 +24,9 @@ constexpr uint32_t ADDRESS_MASK = 0xFFFFFF;
 constexpr uint32_t RAM_MASK = MAIN_RAM_SIZE - 1;       // RAM repeats every 2 MB up to 8 MB
 constexpr uint32_t BOOT_ROM_MASK = BOOT_ROM_SIZE - 1;
 
-constexpr uint32_t CART_BASE = 0x800000;
+constexpr uint32_t CART_BASE = BUS_CART_BASE;  // RAM and its mirrors lie below
 constexpr uint32_t CART_END = 0xE00000;
-constexpr uint32_t CDROM_BASE = 0xDFFF00;
+constexpr uint32_t CDROM_BASE = BUS_CDROM_BASE;
 constexpr uint32_t BOOT_ROM_BASE = 0xE00000;
 constexpr uint32_t BOOT_ROM_END = 0xE20000;
 constexpr uint32_t GFX_BASE = 0xF00000;
@@ -47,26 +47,6 @@ constexpr uint32_t SOUND_END = 0xF20000;
 constexpr uint32_t HIGH_BOOT_ROM_BASE = 0xF20000;  // 8- and 16-bit reads see the boot ROM here
 
 inline bool in(uint32_t a, uint32_t low, uint32_t end) { return a >= low && a < end; }
-
-inline uint16_t read16_in(const uint8_t* buf, uint32_t offset) { return ws_read16(buf, offset & ~1u); }
-inline void write16_in(uint8_t* buf, uint32_t offset, uint16_t v) { ws_write16(buf, offset & ~1u, v); }
-
-inline uint32_t read32_in(const uint8_t* buf, uint32_t offset, uint32_t size) {
-    offset &= ~1u;
-    if (offset + 4 <= size) [[likely]]
-        return ws_read32(buf, offset);
-    return static_cast<uint32_t>(ws_read16(buf, offset)) << 16 | ws_read16(buf, 0);
-}
-
-inline void write32_in(uint8_t* buf, uint32_t offset, uint32_t size, uint32_t v) {
-    offset &= ~1u;
-    if (offset + 4 <= size) [[likely]] {
-        ws_write32(buf, offset, v);
-        return;
-    }
-    ws_write16(buf, offset, static_cast<uint16_t>(v >> 16));
-    ws_write16(buf, 0, static_cast<uint16_t>(v));
-}
 
 uint32_t read_wave_table(uint32_t offset) {
     uint32_t v = 0;
@@ -98,34 +78,34 @@ uint8_t bus_read8(uint32_t address) {
 
 uint16_t bus_read16(uint32_t address) {
     const uint32_t a = address & ADDRESS_MASK;
-    if (a < CART_BASE) return read16_in(main_ram, a & RAM_MASK);
-    if (in(a, GPU_RAM_BASE, GPU_RAM_END)) return read16_in(gpu_ram, a - GPU_RAM_BASE);
-    if (in(a, CLUT_BASE, CLUT_MIRROR)) return read16_in(clut, a - CLUT_BASE);
-    if (in(a, CLUT_MIRROR, CLUT_MIRROR + CLUT_SIZE)) return read16_in(clut, a - CLUT_MIRROR);
+    if (a < CART_BASE) return buffer_read16(main_ram, a & RAM_MASK);
+    if (in(a, GPU_RAM_BASE, GPU_RAM_END)) return buffer_read16(gpu_ram, a - GPU_RAM_BASE);
+    if (in(a, CLUT_BASE, CLUT_MIRROR)) return buffer_read16(clut, a - CLUT_BASE);
+    if (in(a, CLUT_MIRROR, CLUT_MIRROR + CLUT_SIZE)) return buffer_read16(clut, a - CLUT_MIRROR);
     if (in(a, GFX_BASE, SOUND_BASE)) return gpu_read16(a);
-    if (in(a, DSP_RAM_BASE, DSP_RAM_END)) return read16_in(dsp_ram, a - DSP_RAM_BASE);
+    if (in(a, DSP_RAM_BASE, DSP_RAM_END)) return buffer_read16(dsp_ram, a - DSP_RAM_BASE);
     if (in(a, SOUND_BASE, SOUND_END)) return dsp_read16(a);
-    if (a < CDROM_BASE) return read16_in(cart_rom, a - CART_BASE);
+    if (a < CDROM_BASE) return buffer_read16(cart_rom, a - CART_BASE);
     if (a < CART_END) return cdrom_read16(a);
-    if (in(a, HIGH_BOOT_ROM_BASE, ADDRESS_MASK)) return read16_in(boot_rom, a & BOOT_ROM_MASK);
+    if (in(a, HIGH_BOOT_ROM_BASE, ADDRESS_MASK)) return buffer_read16(boot_rom, a & BOOT_ROM_MASK);
     return 0;
 }
 
 uint32_t bus_read32(uint32_t address) {
     const uint32_t a = address & ADDRESS_MASK;
-    if (a < CART_BASE) return read32_in(main_ram, a & RAM_MASK, MAIN_RAM_SIZE);
-    if (in(a, GPU_RAM_BASE, GPU_RAM_END)) return read32_in(gpu_ram, a - GPU_RAM_BASE, GPU_RAM_SIZE);
+    if (a < CART_BASE) return buffer_read32(main_ram, a & RAM_MASK, MAIN_RAM_SIZE);
+    if (in(a, GPU_RAM_BASE, GPU_RAM_END)) return buffer_read32(gpu_ram, a - GPU_RAM_BASE, GPU_RAM_SIZE);
     if (in(a, GPU_RAM_MIRROR, GPU_RAM_MIRROR_END))
-        return read32_in(gpu_ram, a - GPU_RAM_MIRROR, GPU_RAM_SIZE);
-    if (in(a, CLUT_BASE, CLUT_MIRROR)) return read32_in(clut, a - CLUT_BASE, CLUT_SIZE);
+        return buffer_read32(gpu_ram, a - GPU_RAM_MIRROR, GPU_RAM_SIZE);
+    if (in(a, CLUT_BASE, CLUT_MIRROR)) return buffer_read32(clut, a - CLUT_BASE, CLUT_SIZE);
     if (in(a, LINE_BUFFER_BASE, LINE_BUFFER_END)) return read_line_buffer(a);
     if (in(a, GFX_BASE, SOUND_BASE)) return gpu_read32(a);
-    if (in(a, DSP_RAM_BASE, DSP_RAM_END)) return read32_in(dsp_ram, a - DSP_RAM_BASE, DSP_RAM_SIZE);
+    if (in(a, DSP_RAM_BASE, DSP_RAM_END)) return buffer_read32(dsp_ram, a - DSP_RAM_BASE, DSP_RAM_SIZE);
     if (in(a, WAVE_TABLE_BASE, WAVE_TABLE_END)) return read_wave_table((a - WAVE_TABLE_BASE) & ~1u);
     if (in(a, SOUND_BASE, SOUND_END)) return dsp_read32(a);
-    if (a < CDROM_BASE) return read32_in(cart_rom, a - CART_BASE, CART_ROM_SIZE);
+    if (a < CDROM_BASE) return buffer_read32(cart_rom, a - CART_BASE, CART_ROM_SIZE);
     if (a < CART_END) return cdrom_read32(a);
-    if (a < BOOT_ROM_END) return read32_in(boot_rom, a - BOOT_ROM_BASE, BOOT_ROM_SIZE);
+    if (a < BOOT_ROM_END) return buffer_read32(boot_rom, a - BOOT_ROM_BASE, BOOT_ROM_SIZE);
     return 0;
 }
 
@@ -145,17 +125,17 @@ void bus_write8(uint32_t address, uint8_t value) {
 void bus_write16(uint32_t address, uint16_t value) {
     const uint32_t a = address & ADDRESS_MASK;
     if (a < CART_BASE)
-        write16_in(main_ram, a & RAM_MASK, value);
+        buffer_write16(main_ram, a & RAM_MASK, value);
     else if (in(a, GPU_RAM_BASE, GPU_RAM_END))
-        write16_in(gpu_ram, a - GPU_RAM_BASE, value);
+        buffer_write16(gpu_ram, a - GPU_RAM_BASE, value);
     else if (in(a, CLUT_BASE, CLUT_MIRROR))
-        write16_in(clut, a - CLUT_BASE, value);
+        buffer_write16(clut, a - CLUT_BASE, value);
     else if (in(a, CLUT_MIRROR, CLUT_MIRROR + CLUT_SIZE))
-        write16_in(clut, a - CLUT_MIRROR, value);
+        buffer_write16(clut, a - CLUT_MIRROR, value);
     else if (in(a, GFX_BASE, SOUND_BASE))
         gpu_write16(a, value);
     else if (in(a, DSP_RAM_BASE, DSP_RAM_END))
-        write16_in(dsp_ram, a - DSP_RAM_BASE, value);
+        buffer_write16(dsp_ram, a - DSP_RAM_BASE, value);
     else if (in(a, SOUND_BASE, SOUND_END))
         dsp_write16(a, value);
     else if (in(a, CDROM_BASE, CART_END))
@@ -165,21 +145,21 @@ void bus_write16(uint32_t address, uint16_t value) {
 void bus_write32(uint32_t address, uint32_t value) {
     const uint32_t a = address & ADDRESS_MASK;
     if (a < CART_BASE)
-        write32_in(main_ram, a & RAM_MASK, MAIN_RAM_SIZE, value);
+        buffer_write32(main_ram, a & RAM_MASK, MAIN_RAM_SIZE, value);
     else if (in(a, GPU_RAM_BASE, GPU_RAM_END))
-        write32_in(gpu_ram, a - GPU_RAM_BASE, GPU_RAM_SIZE, value);
+        buffer_write32(gpu_ram, a - GPU_RAM_BASE, GPU_RAM_SIZE, value);
     else if (in(a, GPU_RAM_END, GPU_RAM_MIRROR))
         return;
     else if (in(a, GPU_RAM_MIRROR, GPU_RAM_MIRROR_END))
-        write32_in(gpu_ram, a - GPU_RAM_MIRROR, GPU_RAM_SIZE, value);
+        buffer_write32(gpu_ram, a - GPU_RAM_MIRROR, GPU_RAM_SIZE, value);
     else if (in(a, CLUT_BASE, CLUT_MIRROR))
-        write32_in(clut, a - CLUT_BASE, CLUT_SIZE, value);
+        buffer_write32(clut, a - CLUT_BASE, CLUT_SIZE, value);
     else if (in(a, CLUT_MIRROR, CLUT_MIRROR + CLUT_SIZE))
-        write32_in(clut, a - CLUT_MIRROR, CLUT_SIZE, value);
+        buffer_write32(clut, a - CLUT_MIRROR, CLUT_SIZE, value);
     else if (in(a, GFX_BASE, SOUND_BASE))
         gpu_write32(a, value);
     else if (in(a, DSP_RAM_BASE, DSP_RAM_END))
-        write32_in(dsp_ram, a - DSP_RAM_BASE, DSP_RAM_SIZE, value);
+        buffer_write32(dsp_ram, a - DSP_RAM_BASE, DSP_RAM_SIZE, value);
     else if (in(a, WAVE_TABLE_BASE, SOUND_END))
         return;  // the wave-table ROM and the space above it take no long writes
     else if (in(a, SOUND_BASE, SOUND_END))

@@ -11,6 +11,14 @@
 #include <array>
 #include <cstdint>
 
+// Below this address every access of every width is main RAM, mirrored every MAIN_RAM_SIZE
+// bytes, by memory.h's buffer rules (the 68000's direct windows rely on both).
+constexpr uint32_t BUS_RAM_END = 0x800000;
+// From BUS_CART_BASE up to BUS_CDROM_BASE every read of every width is the cartridge ROM (offset
+// address - BUS_CART_BASE, by memory.h's buffer rules) and every write is ignored.
+constexpr uint32_t BUS_CART_BASE = BUS_RAM_END;
+constexpr uint32_t BUS_CDROM_BASE = 0xDFFF00;
+
 uint8_t bus_read8(uint32_t address);
 uint16_t bus_read16(uint32_t address);
 uint32_t bus_read32(uint32_t address);

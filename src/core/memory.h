@@ -67,3 +67,27 @@ inline void ws_write32(uint8_t* buf, uint32_t offset, uint32_t v) {
     v = rotate16(v);
     std::memcpy(buf + offset, &v, 4);
 }
+
+// The bus's rules for a buffer it serves (bus.cpp, and the 68000's direct RAM window): a 16- or
+// 32-bit access at an odd offset uses the even offset below it, and a 32-bit access at the
+// buffer's last word takes its low half from the buffer's first word, as the RAM mirror does.
+// No access leaves the buffer of `size` bytes.
+inline uint16_t buffer_read16(const uint8_t* buf, uint32_t offset) { return ws_read16(buf, offset & ~1u); }
+inline void buffer_write16(uint8_t* buf, uint32_t offset, uint16_t v) { ws_write16(buf, offset & ~1u, v); }
+
+inline uint32_t buffer_read32(const uint8_t* buf, uint32_t offset, uint32_t size) {
+    offset &= ~1u;
+    if (offset + 4 <= size) [[likely]]
+        return ws_read32(buf, offset);
+    return static_cast<uint32_t>(ws_read16(buf, offset)) << 16 | ws_read16(buf, 0);
+}
+
+inline void buffer_write32(uint8_t* buf, uint32_t offset, uint32_t size, uint32_t v) {
+    offset &= ~1u;
+    if (offset + 4 <= size) [[likely]] {
+        ws_write32(buf, offset, v);
+        return;
+    }
+    ws_write16(buf, offset, static_cast<uint16_t>(v >> 16));
+    ws_write16(buf, 0, static_cast<uint16_t>(v));
+}

@@ -1,8 +1,11 @@
 // This machine's 68000 memory map: instructions straight from main RAM, the cartridge ROM and
-// the boot ROM; every data access, at every address, through the bus.
+// the boot ROM; every data access, at every address, through the bus. The bus serves everything
+// below BUS_RAM_END from main RAM, and reads from BUS_CART_BASE to BUS_CDROM_BASE from the
+// cartridge ROM (ignoring writes there), by fixed rules; the core reaches those ranges directly
+// (its RAM and ROM windows) with the same results, and only the rest calls the bus functions.
 #include "core/bus.h"
 #include "core/memory.h"
-#include "m68k/m68k.h"
+#include "m68k/m68k_internal.h"
 
 namespace {
 
@@ -52,5 +55,7 @@ int m68k_setup() {
     m68k_set_write8_regions(write8_table);
     m68k_set_write16_regions(write16_table);
     m68k_set_write32_regions(write32_table);
+    m68k_set_ram_window(main_ram, BUS_RAM_END, MAIN_RAM_SIZE - 1);
+    m68k_set_rom_window(cart_rom, BUS_CART_BASE, BUS_CDROM_BASE - BUS_CART_BASE, CART_ROM_SIZE);
     return m68k_reset() == M68K_OK ? 1 : 0;
 }

@@ -27,12 +27,12 @@ template <int SZ> inline uint32_t msb(uint32_t v) { return (v >> (BITS<SZ> - 1))
 inline uint32_t sext8(uint32_t v) { return static_cast<uint32_t>(static_cast<int32_t>(static_cast<int8_t>(v))); }
 inline uint32_t sext16(uint32_t v) { return static_cast<uint32_t>(static_cast<int32_t>(static_cast<int16_t>(v))); }
 
-template <int SZ> inline uint32_t mem_read(uint32_t address) {
+template <int SZ> [[gnu::always_inline]] inline uint32_t mem_read(uint32_t address) {
     if constexpr (SZ == 1) return m68k_read8(address);
     else if constexpr (SZ == 2) return m68k_read16(address);
     else return m68k_read32(address);
 }
-template <int SZ> inline void mem_write(uint32_t address, uint32_t v) {
+template <int SZ> [[gnu::always_inline]] inline void mem_write(uint32_t address, uint32_t v) {
     if constexpr (SZ == 1) m68k_write8(address, v);
     else if constexpr (SZ == 2) m68k_write16(address, v);
     else m68k_write32(address, v);
@@ -136,45 +136,70 @@ template <int K, int SZ> inline void rmw_write(uint32_t loc, uint32_t v) {
 
 inline constexpr m68k_flags& cc = m68k_cc;
 
+// N and Z of a result of the size: its sign-extended value carries both.
 template <int SZ> inline void set_nz(uint32_t r) {
-    cc.n = msb<SZ>(r);
-    cc.z = (r & MASK<SZ>) == 0;
+    cc.nz = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(r << (32 - BITS<SZ>))));
 }
+// ADDX, SUBX, NEGX and the decimal operations: N from the result, Z only cleared, so a
+// multi-word result tests zero as a whole.
+template <int SZ> inline void set_nz_extend(uint32_t r) {
+    if (r & MASK<SZ>) set_nz<SZ>(r);
+    else cc.nz = static_cast<uint32_t>(cc.nz) != 0;
+}
+// Bit operations change Z alone.
+inline void set_z_only(bool z) { cc.nz = (cc.nz & (uint64_t{1} << 63)) | (z ? 0u : 1u); }
+inline void set_vc(uint32_t v, uint32_t c) { cc.vc = (v << 1) | c; }
+
 template <int SZ> inline void logic_flags(uint32_t r) {
     set_nz<SZ>(r);
-    cc.v = 0;
-    cc.c = 0;
+    cc.vc = 0;
 }
 
-// d + s (+ X); operands already masked to the size.
+// d + s (+ X); operands already masked to the size. Without X the operands are moved to the top
+// of a 32-bit word, so the host's carry and overflow are the size's own.
 template <int SZ, bool EXTEND = false> inline uint32_t add_flags(uint32_t d, uint32_t s) {
-    uint64_t full = uint64_t(d) + s + (EXTEND ? cc.x : 0);
-    uint32_t r = static_cast<uint32_t>(full) & MASK<SZ>;
-    cc.c = cc.x = static_cast<uint32_t>(full >> BITS<SZ>) & 1;
-    cc.v = msb<SZ>((s ^ r) & (d ^ r));
-    cc.n = msb<SZ>(r);
-    if (EXTEND) {
-        if (r) cc.z = 0;  // ADDX only clears Z, so a multi-word sum tests zero as a whole
+    if constexpr (!EXTEND) {
+        constexpr int SH = 32 - BITS<SZ>;
+        uint32_t r;
+        int32_t signed_r;
+        const uint32_t c = __builtin_add_overflow(d << SH, s << SH, &r);
+        const uint32_t v = __builtin_add_overflow(static_cast<int32_t>(d << SH), static_cast<int32_t>(s << SH), &signed_r);
+        set_vc(v, c);
+        cc.x = c;
+        cc.nz = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(r)));
+        return r >> SH;
     } else {
-        cc.z = r == 0;
+        uint64_t full = uint64_t(d) + s + cc.x;
+        uint32_t r = static_cast<uint32_t>(full) & MASK<SZ>;
+        const uint32_t c = static_cast<uint32_t>(full >> BITS<SZ>) & 1;
+        set_vc(msb<SZ>((s ^ r) & (d ^ r)), c);
+        cc.x = c;
+        set_nz_extend<SZ>(r);
+        return r;
     }
-    return r;
 }
 
 // d - s (- X); COMPARE leaves X alone.
 template <int SZ, bool EXTEND = false, bool COMPARE = false> inline uint32_t sub_flags(uint32_t d, uint32_t s) {
-    uint64_t full = uint64_t(d) - s - (EXTEND ? cc.x : 0);
-    uint32_t r = static_cast<uint32_t>(full) & MASK<SZ>;
-    cc.c = static_cast<uint32_t>(full >> BITS<SZ>) & 1;
-    if (!COMPARE) cc.x = cc.c;
-    cc.v = msb<SZ>((s ^ d) & (r ^ d));
-    cc.n = msb<SZ>(r);
-    if (EXTEND) {
-        if (r) cc.z = 0;
+    if constexpr (!EXTEND) {
+        constexpr int SH = 32 - BITS<SZ>;
+        uint32_t r;
+        int32_t signed_r;
+        const uint32_t c = __builtin_sub_overflow(d << SH, s << SH, &r);
+        const uint32_t v = __builtin_sub_overflow(static_cast<int32_t>(d << SH), static_cast<int32_t>(s << SH), &signed_r);
+        set_vc(v, c);
+        if (!COMPARE) cc.x = c;
+        cc.nz = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(r)));
+        return r >> SH;
     } else {
-        cc.z = r == 0;
+        uint64_t full = uint64_t(d) - s - cc.x;
+        uint32_t r = static_cast<uint32_t>(full) & MASK<SZ>;
+        const uint32_t c = static_cast<uint32_t>(full >> BITS<SZ>) & 1;
+        set_vc(msb<SZ>((s ^ d) & (r ^ d)), c);
+        if (!COMPARE) cc.x = c;
+        set_nz_extend<SZ>(r);
+        return r;
     }
-    return r;
 }
 
 enum : int { OP_ADD, OP_SUB, OP_AND, OP_OR, OP_EOR, OP_CMP };
@@ -191,23 +216,24 @@ template <int OPR, int SZ> inline uint32_t alu(uint32_t d, uint32_t s) {
 }
 
 inline bool condition(int cond) {
+    const uint32_t n = m68k_flag_n(), z = m68k_flag_z(), v = m68k_flag_v(), c = m68k_flag_c();
     switch (cond) {
     case 0: return true;
     case 1: return false;
-    case 2: return !cc.c && !cc.z;
-    case 3: return cc.c || cc.z;
-    case 4: return !cc.c;
-    case 5: return cc.c;
-    case 6: return !cc.z;
-    case 7: return cc.z;
-    case 8: return !cc.v;
-    case 9: return cc.v;
-    case 10: return !cc.n;
-    case 11: return cc.n;
-    case 12: return cc.n == cc.v;
-    case 13: return cc.n != cc.v;
-    case 14: return !cc.z && cc.n == cc.v;
-    default: return cc.z || cc.n != cc.v;
+    case 2: return !c && !z;
+    case 3: return c || z;
+    case 4: return !c;
+    case 5: return c;
+    case 6: return !z;
+    case 7: return z;
+    case 8: return !v;
+    case 9: return v;
+    case 10: return !n;
+    case 11: return n;
+    case 12: return n == v;
+    case 13: return n != v;
+    case 14: return !z && n == v;
+    default: return z || n != v;
     }
 }
 
@@ -220,11 +246,10 @@ inline uint32_t bcd_add(uint32_t d, uint32_t s) {
     uint32_t decimal = (((sum + 0x66) ^ sum) & 0x110) >> 1;
     uint32_t fix = carries | decimal;
     uint32_t r = sum + (fix - (fix >> 2));
-    cc.c = cc.x = ((carries | (sum & ~r)) >> 7) & 1;
-    cc.v = ((~sum & r) >> 7) & 1;
+    cc.x = ((carries | (sum & ~r)) >> 7) & 1;
+    set_vc(((~sum & r) >> 7) & 1, cc.x);
     r &= 0xFF;
-    cc.n = r >> 7;
-    if (r) cc.z = 0;
+    set_nz_extend<1>(r);
     return r;
 }
 
@@ -232,11 +257,10 @@ inline uint32_t bcd_sub(uint32_t d, uint32_t s) {
     uint32_t diff = d - s - cc.x;
     uint32_t borrows = ((~d & s) | (diff & ~(d ^ s))) & 0x88;
     uint32_t r = diff - (borrows - (borrows >> 2));
-    cc.c = cc.x = ((borrows | (~diff & r)) >> 7) & 1;
-    cc.v = ((diff & ~r) >> 7) & 1;
+    cc.x = ((borrows | (~diff & r)) >> 7) & 1;
+    set_vc(((diff & ~r) >> 7) & 1, cc.x);
     r &= 0xFF;
-    cc.n = r >> 7;
-    if (r) cc.z = 0;
+    set_nz_extend<1>(r);
     return r;
 }
 
@@ -547,9 +571,8 @@ template <int K> void op_tas(uint32_t op) {
 template <int SK, int DR> void op_chk(uint32_t op) {
     int32_t bound = static_cast<int16_t>(ea_read<SK, 2>(op & 7));
     int32_t value = static_cast<int16_t>(D(DR));
-    cc.v = cc.c = 0;
-    cc.z = value == 0;
-    cc.n = value < 0;
+    cc.vc = 0;
+    cc.nz = static_cast<uint64_t>(int64_t{value});  // N: negative, Z: zero
     if (value < 0 || value > bound) {
         charge(ea_time<SK, 2>());
         m68k_exception(0x18, m68k_current_pc(), 40);
@@ -572,7 +595,7 @@ template <int SIGNED, int SK, int DR> void op_div(uint32_t op) {
     uint32_t s = ea_read<SK, 2>(op & 7);
     constexpr int cost = SIGNED ? 158 : 144;
     if (s == 0) {
-        cc.n = cc.z = cc.v = cc.c = 0;
+        logic_flags<4>(1);  // N, Z, V and C clear
         charge(ea_time<SK, 2>());
         m68k_exception(0x14, m68k_current_pc(), 40);
         return;
@@ -594,8 +617,8 @@ template <int SIGNED, int SK, int DR> void op_div(uint32_t op) {
         remainder = dividend % s;
     }
     if (overflow) {
-        cc.v = 1;
-        cc.n = cc.z = cc.c = 0;
+        set_nz<4>(1);
+        set_vc(1, 0);
     } else {
         D(DR) = (remainder << 16) | (quotient & 0xFFFF);
         logic_flags<2>(quotient);
@@ -613,7 +636,7 @@ template <int BOP, int K, bool STATIC> inline void bit_op(uint32_t r, uint32_t b
     if constexpr (K == K_DN) {
         uint32_t m = 1u << (bit & 31);
         uint32_t v = D(r);
-        cc.z = (v & m) == 0;
+        set_z_only((v & m) == 0);
         if constexpr (BOP == B_CHG) D(r) = v ^ m;
         else if constexpr (BOP == B_CLR) D(r) = v & ~m;
         else if constexpr (BOP == B_SET) D(r) = v | m;
@@ -622,12 +645,12 @@ template <int BOP, int K, bool STATIC> inline void bit_op(uint32_t r, uint32_t b
     } else {
         uint32_t m = 1u << (bit & 7);
         if constexpr (K == K_IMM) {
-            cc.z = (fetch_immediate<1>() & m) == 0;
+            set_z_only((fetch_immediate<1>() & m) == 0);
             charge(8);
         } else {
             uint32_t a = ea_addr<K, 1>(r);
             uint32_t v = m68k_read8(a);
-            cc.z = (v & m) == 0;
+            set_z_only((v & m) == 0);
             if constexpr (BOP == B_CHG) m68k_write8(a, v ^ m);
             else if constexpr (BOP == B_CLR) m68k_write8(a, v & ~m);
             else if constexpr (BOP == B_SET) m68k_write8(a, v | m);
@@ -658,48 +681,49 @@ template <int SOP, int LEFT, int SZ> inline uint32_t shift(uint32_t v, uint32_t 
     constexpr uint32_t W = BITS<SZ>;
     constexpr uint32_t M = MASK<SZ>;
     uint32_t r = v;
-    cc.v = 0;
+    uint32_t over = 0, carry = 0;
     if (n == 0) {
-        cc.c = SOP == S_ROX ? cc.x : 0;
+        carry = SOP == S_ROX ? cc.x : 0;
     } else if constexpr (SOP == S_AS || SOP == S_LS) {
         if constexpr (LEFT) {
             r = n >= W ? 0 : static_cast<uint32_t>(uint64_t(v) << n) & M;
-            cc.c = n <= W ? (v >> (W - n)) & 1 : 0;
+            carry = n <= W ? (v >> (W - n)) & 1 : 0;
             if constexpr (SOP == S_AS) {
                 // V: the sign bit changed at some point during the shift.
                 if (n >= W) {
-                    cc.v = v != 0;
+                    over = v != 0;
                 } else {
                     uint32_t top = M & ~static_cast<uint32_t>((uint64_t(1) << (W - 1 - n)) - 1);
-                    cc.v = (v & top) != 0 && (v & top) != top;
+                    over = (v & top) != 0 && (v & top) != top;
                 }
             }
         } else if constexpr (SOP == S_AS) {
             uint32_t sign = msb<SZ>(v);
             if (n >= W) {
                 r = sign ? M : 0;
-                cc.c = sign;
+                carry = sign;
             } else {
                 r = static_cast<uint32_t>((int64_t(int32_t(v << (32 - W))) >> (32 - W)) >> n) & M;
-                cc.c = (v >> (n - 1)) & 1;
+                carry = (v >> (n - 1)) & 1;
             }
         } else {
             r = n >= W ? 0 : v >> n;
-            cc.c = n <= W ? (v >> (n - 1)) & 1 : 0;
+            carry = n <= W ? (v >> (n - 1)) & 1 : 0;
         }
-        cc.x = cc.c;
+        cc.x = carry;
     } else if constexpr (SOP == S_RO) {
         uint32_t k = n % W;
         if (k) r = LEFT ? ((v << k) | (v >> (W - k))) & M : ((v >> k) | (v << (W - k))) & M;
-        cc.c = LEFT ? r & 1 : msb<SZ>(r);
+        carry = LEFT ? r & 1 : msb<SZ>(r);
     } else {
         uint32_t k = n % (W + 1);
         uint64_t full = (uint64_t(cc.x) << W) | v;
         constexpr uint64_t FM = (uint64_t(1) << (W + 1)) - 1;
         if (k) full = LEFT ? ((full << k) | (full >> (W + 1 - k))) & FM : ((full >> k) | (full << (W + 1 - k))) & FM;
         r = static_cast<uint32_t>(full) & M;
-        cc.c = cc.x = static_cast<uint32_t>(full >> W) & 1;
+        carry = cc.x = static_cast<uint32_t>(full >> W) & 1;
     }
+    set_vc(over, carry);
     set_nz<SZ>(r);
     return r;
 }
@@ -721,7 +745,7 @@ template <int SOP, int LEFT, int K> void op_shift_mem(uint32_t op) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// Program flow. Relative branches only move the fetch pointer; the next fetch checks it.
+// Program flow. Relative branches only move the fetch pointer; the next instruction checks it.
 
 template <int COND, int K> void op_scc_ea(uint32_t op) {
     bool t = condition(COND);
@@ -743,10 +767,17 @@ template <int COND, int WIDE> void op_branch(uint32_t op) {
     int32_t disp = WIDE ? static_cast<int16_t>(m68k_fetch16()) : static_cast<int8_t>(op & 0xFF);
     if constexpr (COND == 1) {
         push32(m68k_current_pc());
-        m68k_run.fetch_ptr = base + disp;
+        m68k_branch_to(base + disp);
         charge(18);
     } else if (COND == 0 || condition(COND)) {
-        m68k_run.fetch_ptr = base + disp;
+        m68k_branch_to(base + disp);
+        if constexpr (COND == 0 && !WIDE) {
+            // BRA.S to itself, a program's idle loop: until the slice ends nothing but the count
+            // changes (interrupts wait for the next slice), so the rounds that leave a count of
+            // 0 or more are charged at once and this one ends the slice as the last would.
+            const int32_t left = m68k_context.cycles_left;
+            if (disp == -2 && left >= 10) m68k_context.cycles_left = left % 10;
+        }
         charge(10);
     } else {
         charge(WIDE ? 12 : 8);
@@ -761,7 +792,7 @@ template <int COND> void op_dbcc(uint32_t op) {
     uint32_t count = (D(r) - 1) & 0xFFFF;
     set_d<2>(r, count);
     if (count == 0xFFFF) return charge(14);
-    m68k_run.fetch_ptr = base + disp;
+    m68k_branch_to(base + disp);
     charge(10);
 }
 
@@ -809,7 +840,7 @@ inline void op_nop(uint32_t) { charge(4); }
 inline void op_trap(uint32_t op) { m68k_exception(0x80 + 4 * (op & 15), m68k_current_pc(), 34); }
 
 inline void op_trapv(uint32_t) {
-    if (cc.v) m68k_exception(0x1C, m68k_current_pc(), 38);
+    if (m68k_flag_v()) m68k_exception(0x1C, m68k_current_pc(), 38);
     else charge(4);
 }
 

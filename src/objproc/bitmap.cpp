@@ -38,6 +38,45 @@ void add_run(const uint8_t* keys, const uint32_t* colours, int32_t count, uint32
     }
 }
 
+// 8-, 16- and 32-bit pixels in phrases that follow each other (PITCH 1) form one array in the
+// buffer, pixel j of the run at byte j, word j or long j from the run's first phrase: they go
+// straight from there into their cells, decoded as decode_phrase does, with no staging.
+template <int Depth>
+inline uint32_t run_pixel(const uint8_t* run, int32_t j) {
+    if constexpr (Depth == 3) return run[j ^ 1];  // the raw byte: the key; its colour is CLUT[byte]
+    else if constexpr (Depth == 4) return ws_read16(run, static_cast<uint32_t>(2 * j));
+    else return arrange_32bit_pixel(ws_read32(run, static_cast<uint32_t>(4 * j)));
+}
+
+template <int Depth>
+inline uint32_t run_colour(uint32_t pixel) {
+    if constexpr (Depth == 3) return clut_entry(pixel);
+    else return pixel;
+}
+
+template <int Depth, int Step, bool Trans>
+void copy_run(const uint8_t* run, int32_t first, int32_t count, uint32_t* cell) {
+    for (int32_t i = 0; i < count; ++i) {
+        const uint32_t v = run_pixel<Depth>(run, first + i);
+        uint32_t& c = cell[i * Step];
+        // Written as a choice rather than a skipped store so that the loop vectorises.
+        if constexpr (Trans) c = v ? run_colour<Depth>(v) : c;
+        else c = run_colour<Depth>(v);
+    }
+}
+
+// Pixels first to first + count - 1 of the run that starts at `run`.
+template <int Depth>
+void copy_contiguous(const uint8_t* run, int32_t first, int32_t count, uint32_t* cell, int32_t step, bool trans) {
+    if (step > 0) {
+        if (trans) copy_run<Depth, 1, true>(run, first, count, cell);
+        else copy_run<Depth, 1, false>(run, first, count, cell);
+    } else {
+        if (trans) copy_run<Depth, -1, true>(run, first, count, cell);
+        else copy_run<Depth, -1, false>(run, first, count, cell);
+    }
+}
+
 // Draws the current line's row of an unscaled object. `dropped` is the number of leading image
 // pixels FIRSTPIX removes; `firstpix_message`, when given, is logged for a non-zero FIRSTPIX.
 template <int Depth, bool Rmw>
@@ -57,6 +96,17 @@ void draw_unscaled(const op_object* o, int line, int32_t dropped, const char* fi
     const int32_t k0 = p.skip % ppp;
     const int32_t count = p.end - p.start + (k0 > 0 ? ppp : 0);
     const int32_t phrases = std::min((count + ppp - 1) / ppp, OP_ROW_STAGE_SIZE / ppp);
+    const int32_t j0 = k0 + dropped;
+    uint32_t* cell = op_line_buffer + p.first;
+    const bool trans = o->flags & OP_FLAG_TRANS;
+    if constexpr (!Rmw && Depth >= 3) {
+        if (o->pitch == 1) {
+            const int32_t inside = phrases_inside(available, offset, 8, phrases);
+            const int32_t n = std::min(p.end - (p.start + dropped), inside * ppp - j0);
+            if (n > 0) copy_contiguous<Depth>(src + offset, j0, n, cell, p.step, trans);
+            return;
+        }
+    }
     uint8_t* keys = Rmw ? op_rmw_stage_keys : op_stage_keys;
     uint32_t* colours = Rmw ? op_rmw_stage_colours : op_stage_colours;
     uint32_t palette[16];
@@ -64,12 +114,9 @@ void draw_unscaled(const op_object* o, int line, int32_t dropped, const char* fi
     const int32_t staged = stage_phrases<Depth>(src, available, offset, uint64_t(o->pitch) * 8,
                                                 phrases, keys, colours, palette);
 
-    const int32_t j0 = k0 + dropped;
     // Pixels whose phrases lie past the end of the data's memory were not staged: not drawn.
     const int32_t n = std::min(p.end - (p.start + dropped), staged - j0);
     if (n <= 0) return;
-    uint32_t* cell = op_line_buffer + p.first;
-    const bool trans = o->flags & OP_FLAG_TRANS;
     if constexpr (Rmw)
         add_run(keys + j0, colours + j0, n, cell, p.step, trans);
     else

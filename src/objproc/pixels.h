@@ -59,22 +59,28 @@ inline void decode_phrase(uint64_t phrase, uint8_t* keys, uint32_t* colours, con
     }
 }
 
-// Stages up to `phrases` phrases, the first at byte `offset` from src and each next one
-// pitch_bytes further on. A phrase that does not lie wholly inside the `available` bytes from src
-// ends the staging, and so do all after it (they lie further on): the run is cut there rather
-// than read past the buffer. Returns the pixels staged.
+// Of `phrases` phrases, the first at byte `offset` from src and each next one pitch_bytes further
+// on, how many lie wholly inside the `available` bytes from src: the first one that does not
+// ends the run, and so do all after it (they lie further on), so a run is cut there rather than
+// read past the buffer.
+inline int32_t phrases_inside(uint32_t available, uint64_t offset, uint64_t pitch_bytes, int32_t phrases) {
+    if (phrases <= 0 || offset + 8 > available) return 0;
+    if (pitch_bytes == 0) return phrases;
+    const uint64_t more = (available - 8 - offset) / pitch_bytes;
+    return more + 1 < static_cast<uint64_t>(phrases) ? static_cast<int32_t>(more + 1) : phrases;
+}
+
+// Stages up to `phrases` phrases as phrases_inside counts them. Returns the pixels staged.
 template <int Depth>
 inline int32_t stage_phrases(const uint8_t* src, uint32_t available, uint64_t offset,
                              uint64_t pitch_bytes, int32_t phrases, uint8_t* keys,
                              uint32_t* colours, const uint32_t* palette) {
     constexpr int ppp = 64 >> Depth;
-    int32_t m = 0;
-    for (; m < phrases; ++m) {
-        const uint64_t at = offset + static_cast<uint64_t>(m) * pitch_bytes;
-        if (at + 8 > available) break;
-        decode_phrase<Depth>(read_phrase(src, at), keys + m * ppp, colours + m * ppp, palette);
-    }
-    return m * ppp;
+    const int32_t inside = phrases_inside(available, offset, pitch_bytes, phrases);
+    for (int32_t m = 0; m < inside; ++m)
+        decode_phrase<Depth>(read_phrase(src, offset + static_cast<uint64_t>(m) * pitch_bytes),
+                             keys + m * ppp, colours + m * ppp, palette);
+    return inside * ppp;
 }
 
 // Where a run of n pixels lands on the row. Cells first, first + step, ... are written; start

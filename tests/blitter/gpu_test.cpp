@@ -3,18 +3,9 @@
 #include <cstdio>
 
 #include "blitter_fixture.h"
-#include "risc/risc_test_support.h"
-#include "support/temp_files.h"
+#include "risc/gpu.h"
 
 namespace {
-
-using risc_test::ins;
-using risc_test::movei;
-using risc_test::program;
-using risc_test::put;
-using risc_test::operator+;
-using risc_test::ADDQ, risc_test::ADDQT, risc_test::BCLR, risc_test::BSET, risc_test::CC_ALWAYS, risc_test::JR,
-    risc_test::JUMP, risc_test::LOAD, risc_test::MOVEQ, risc_test::NOP, risc_test::STORE;
 
 constexpr uint32_t BLIT_VECTOR = GPU_RAM_BASE + 16 * 4;
 constexpr uint32_t ENABLE_BLIT_IRQ = 1u << 8, IMASK = 1u << 3, CLEAR_BLIT_LATCH = 1u << 13;
@@ -46,42 +37,22 @@ TEST_F(BlitterTest, EveryCommandInterruptsTheGpu) {
     EXPECT_EQ(gpu_state.pc, 0x4000u);
 }
 
-// The GPU's code: store `value` at `address`.
-program store(uint32_t address, uint32_t value) { return movei(value, 2) + movei(address, 1) + program{ins(STORE, 1, 2)}; }
-
-// A GPU program run by the frame scheduler: it enables its Blitter interrupt, fills four 16-bit
-// pixels, then four more in another colour from where the first blit stopped, and marks DONE;
-// its interrupt-4 handler counts in R20.
-TEST(BlitterFromGpu, GpuProgramDrawsAndCountsBlitInterrupts) {
-    constexpr uint32_t CODE = GPU_RAM_BASE + 0x100, DONE = 0x3000;
-    const std::string idle = test_support::write_file("idle68k.bin", {0x60, 0xFE});  // bra.s *
+// programs/blitter_gpu_spans.s, run by frames: its GPU code loads the registers, starts sixteen
+// Gouraud spans and counts the interrupts that end them.
+TEST(BlitterFromGpu, GpuProgramShadesSpansAndCountsTheirInterrupts) {
+    constexpr uint32_t SCREEN = 0x20000, RESULTS = 0x1000;
     vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", idle.c_str());
+    std::snprintf(config.rom_path, sizeof config.rom_path, "%s/blitter_gpu_spans.bin", VEMO_PROGRAM_DIR);
     config.load_program = 1;
     config.load_address = 0x4000;
     ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
-    std::memset(main_ram, 0, 0x30000);
-
-    put(BLIT_VECTOR, program{ins(ADDQT, 1, 20)} + movei(G_FLAGS, 29) +
-                         program{ins(LOAD, 29, 28), ins(BCLR, 3, 28), ins(BSET, 13, 28), ins(LOAD, 31, 27),
-                                 ins(ADDQ, 2, 27), ins(ADDQ, 4, 31), ins(JUMP, 27, CC_ALWAYS), ins(STORE, 29, 28)});
-    const program code =
-        movei(GPU_RAM_BASE + 0xF00, 31) + program{ins(MOVEQ, 0, 20)} + store(G_FLAGS, ENABLE_BLIT_IRQ) +
-        store(A1_BASE, DST) + store(A1_FLAGS, flags(BITS16, W64)) + store(A1_PIXEL, xy(2, 1)) +
-        store(A1_FPIXEL, 0) + store(A2_BASE, SRC) + store(A2_FLAGS, flags(BITS16, W64)) +
-        store(B_COUNT, xy(4, 1)) + store(B_PATD + 4, 0x1111) + store(B_CMD, PATDSEL) +
-        store(B_PATD + 4, 0x2222) + store(B_CMD, PATDSEL) + store(DONE, 0xD0E) +
-        program{ins(JR, 31, CC_ALWAYS), ins(NOP, 0, 0)};
-    put(CODE, code);
-    bus_write32(G_PC, CODE);
-    bus_write32(G_CTRL, 1);
-
     ASSERT_EQ(vemo_run_frame(), 1) << vemo_get_error_string();
-    EXPECT_EQ(bus_read32(DONE), 0xD0Eu);
-    EXPECT_EQ(gpu_state.regs[20], 2u);
-    std::vector<uint16_t> row1;  // pixels 1 to 10 of row 1
-    for (uint32_t x = 1; x <= 10; ++x) row1.push_back(bus_read16(DST + (64 + x) * 2));
-    EXPECT_EQ(row1, (std::vector<uint16_t>{0, 0x1111, 0x1111, 0x1111, 0x1111, 0x2222, 0x2222, 0x2222, 0x2222, 0}));
+    EXPECT_EQ(bus_read32(RESULTS), 16u);     // blits ended, as the service counted them
+    EXPECT_EQ(bus_read32(RESULTS + 4), 1u);  // B_CMD as the GPU read it after a blit: idle
+    for (uint32_t y : {0u, 7u, 15u})
+        for (uint32_t x : {0u, 1u, 2u, 3u, 4u, 63u})
+            EXPECT_EQ(bus_read16(SCREEN + (y * 64 + x) * 2), 0x8800 + 4 * y + x) << x << ", " << y;
+    EXPECT_EQ(bus_read16(SCREEN + 16 * 64 * 2), 0xFFFF);  // row 16: never drawn
     EXPECT_EQ(bus_read32(G_FLAGS) & (IMASK | ENABLE_BLIT_IRQ), ENABLE_BLIT_IRQ);  // out of service again
     vemo_shutdown();
 }

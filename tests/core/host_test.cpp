@@ -11,6 +11,7 @@
 #include "core/bus.h"
 #include "core/host.h"
 #include "core/memory.h"
+#include "core/sound.h"
 #include "core/video.h"
 #include "support/temp_files.h"
 #include "vemocore.h"
@@ -188,6 +189,80 @@ TEST_F(Host, FrameInformationReportsBuffersRowTimingAndVideoMode) {
     EXPECT_EQ(info.row_timing[6], 1280);
     EXPECT_EQ(info.row_timing[7], 4);
     EXPECT_EQ(info.row_timing[511], 0);
+}
+
+// A front-end in another language sees the records as bytes and words: the fields must sit at
+// the interface's offsets, on 32-bit hosts (the Windows DLL) and, widened, on 64-bit hosts.
+TEST_F(Host, RecordsAreReadAndWrittenAtTheirInterfaceOffsets) {
+    const std::string program = counting_image("layout.bin", 16, 0x40);
+    struct { uint32_t offset; int32_t value; } words[] = {{0xC00, 1}, {0xC04, 0x4000}};  // program mode
+    std::vector<uint8_t> raw(3104);
+    std::memcpy(raw.data(), program.c_str(), program.size() + 1);
+    for (const auto& w : words) std::memcpy(&raw[w.offset], &w.value, 4);
+    ASSERT_EQ(vemo_init(reinterpret_cast<const vemo_config*>(raw.data())), 1) << vemo_get_error_string();
+    EXPECT_EQ(bus_read8(0x4000), 0x40);
+    EXPECT_EQ(host32(4), 0x40000000u);  // start address 0x4000, word-swapped
+    vemo_shutdown();
+    // The boot ROM switch at 0xC18 and its path at 0x800 (a missing file, so refused).
+    const int32_t on = 1;
+    std::memcpy(&raw[0xC18], &on, 4);
+    std::memcpy(&raw[0x800], missing.c_str(), missing.size() + 1);
+    EXPECT_EQ(refusal(*reinterpret_cast<const vemo_config*>(raw.data())),
+              "Couldn't load boot rom file " + missing + "\n");
+
+    // vemo_joypad: word w is the w-th control of the controller's list.
+    int32_t vemo_joypad::*const controls[21] = {
+        &vemo_joypad::left,  &vemo_joypad::right, &vemo_joypad::up,    &vemo_joypad::down,
+        &vemo_joypad::a,     &vemo_joypad::b,     &vemo_joypad::c,     &vemo_joypad::option,
+        &vemo_joypad::pause, &vemo_joypad::key_1, &vemo_joypad::key_2, &vemo_joypad::key_3,
+        &vemo_joypad::key_4, &vemo_joypad::key_5, &vemo_joypad::key_6, &vemo_joypad::key_7,
+        &vemo_joypad::key_8, &vemo_joypad::key_9, &vemo_joypad::key_0, &vemo_joypad::key_star,
+        &vemo_joypad::key_hash};
+    for (int w = 0; w < 21; ++w) {
+        int32_t pad_words[21] = {};
+        pad_words[w] = 1;
+        vemo_set_joypad_state(1, reinterpret_cast<const vemo_joypad*>(pad_words));
+        for (int other = 0; other < 21; ++other)
+            EXPECT_EQ(joypad_slots[1].*controls[other], other == w) << "word " << w << ", control " << other;
+    }
+    const vemo_joypad released{};
+    vemo_set_joypad_state(1, &released);
+
+    // vemo_frame_info: words 512 to 524 on a 32-bit host; the same order with 8-byte pointers
+    // and natural alignment on a 64-bit one.
+    auto config = make_config(counting_image("fine.j64", 64));
+    ASSERT_EQ(vemo_init(&config), 1);
+    video.hdb1 = 0xA6;
+    video.vmode = 0x0106;
+    const sound_registers saved = sound;
+    sound.audio_left_count = 3;
+    sound.audio_right_count = 5;
+    sound.audio_rate = 32000;
+    std::vector<uint8_t> info(sizeof(vemo_frame_info) + 8, 0xA5);
+    vemo_get_frame_info(reinterpret_cast<vemo_frame_info*>(info.data()));
+    sound = saved;
+    constexpr bool wide = sizeof(void*) == 8;
+    constexpr uint32_t ptr = sizeof(void*);
+    struct { uint32_t offset, size; uint64_t value; const char* field; } fields[] = {
+        {0x800, ptr, reinterpret_cast<uintptr_t>(frame_buffer), "frame_buffer"},
+        {wide ? 0x808u : 0x804u, 4, 1024, "frame_pitch"},
+        {wide ? 0x80Cu : 0x808u, 4, 8, "x_offset"},
+        {wide ? 0x810u : 0x80Cu, 4, 0x802000, "m68k_pc"},
+        {wide ? 0x81Cu : 0x818u, 4, 3, "color_mode"},
+        {wide ? 0x820u : 0x81Cu, 4, 1, "var_mode"},
+        {wide ? 0x828u : 0x820u, ptr, reinterpret_cast<uintptr_t>(audio_left), "audio_left"},
+        {wide ? 0x830u : 0x824u, ptr, reinterpret_cast<uintptr_t>(audio_right), "audio_right"},
+        {wide ? 0x838u : 0x828u, 4, 3, "audio_left_count"},
+        {wide ? 0x83Cu : 0x82Cu, 4, 5, "audio_right_count"},
+        {wide ? 0x840u : 0x830u, 4, 32000, "audio_rate"},
+    };
+    for (const auto& f : fields) {
+        uint64_t value = 0;
+        std::memcpy(&value, &info[f.offset], f.size);
+        EXPECT_EQ(value, f.value) << f.field;
+    }
+    EXPECT_EQ(sizeof(vemo_frame_info), wide ? 2120u : 2100u);
+    for (size_t i = sizeof(vemo_frame_info); i < info.size(); ++i) EXPECT_EQ(info[i], 0xA5) << "byte " << i;
 }
 
 TEST_F(Host, ControllerSlotsStoreOnlyTheirTwoRecords) {

@@ -121,6 +121,22 @@ TEST_F(FetchRegions, RunningOffTheEndOfARegionLooksThePcUpAgain) {
     EXPECT_EQ(m68k_context.stopped, 1u);
 }
 
+// Instructions near a region's end run from a copy of their words: relative branches from there
+// land where they point, and the region's whole-instruction check comes back afterwards.
+TEST_F(FetchRegions, BranchesFromARegionsLastWordsLandWhereTheyPoint) {
+    code(RAM_SIZE - 10, {0x7005,          // MOVEQ #5,D0
+                         0x51C8, 0xFFFE,  // DBF D0,* (back to itself until D0 runs out)
+                         0x6000, 0xFF02});  // BRA.W to 0x100 bytes before the region's end
+    code(RAM_SIZE - 0x100, {0x4E71, 0x4E71, 0x4E71});
+    start(RAM_SIZE - 10);
+    step(7);
+    EXPECT_EQ(pc(), RAM_SIZE - 4u);
+    EXPECT_EQ(d(0) & 0xFFFF, 0xFFFFu);
+    step();
+    EXPECT_EQ(pc(), RAM_SIZE - 0x100u);
+    run(8, M68K_OK, RAM_SIZE - 0x100 + 6);  // NOPs well inside the region run as usual
+}
+
 // Random words everywhere, vectors included, from random PCs (odd ones too) and budgets: every
 // slice ends with a defined result and (under the sanitizers) without an access outside a buffer.
 TEST_F(Safety, RandomOpcodeStreamsAndVectorsRunSafely) {

@@ -22,6 +22,27 @@ TEST_F(Budget, ZeroRunsOneInstructionAnExactZeroContinuesAndAnOverrunIsDropped) 
     run(4, M68K_OK, CODE + 14);
 }
 
+// Between slices the caller may change the registers the core keeps unpacked or cached while it
+// runs: the next slice starts from what the context holds.
+TEST_F(Budget, ASliceStartsFromTheSrAndPcTheContextHoldsNow) {
+    code({0x4E71, 0x6702, 0x7001, 0x4E71});  // NOP; BEQ.S +2; MOVEQ #1,D0; NOP
+    run(0, M68K_OK, CODE + 2);
+    m68k_context.sr = 0x2004;  // Z set from outside: the BEQ is taken
+    run(0, M68K_OK, CODE + 6);
+    m68k_context.sr = 0x2000;
+    m68k_context.pc = CODE + 2;  // back to the BEQ with Z clear: it falls through to MOVEQ
+    run(0, M68K_OK, CODE + 4);
+    run(0, M68K_OK, CODE + 6);
+    EXPECT_EQ(d(0), 1u);
+}
+
+// BRA.S to itself spins until the slice's count runs out, 10 cycles a round, whatever the budget.
+TEST_F(Budget, AnIdleBranchSpinsUntilTheCountRunsOut) {
+    code({0x60FE});  // BRA.S *
+    for (auto [budget, left] : {std::pair{60, -10}, {55, -5}, {9, -1}, {0, -10}, {-3, -13}, {100000, -10}})
+        run(budget, M68K_OK, CODE, left);
+}
+
 TEST_F(Interrupts, ALevelTwoRequestIsTakenAtTheStartOfTheNextSlice) {
     start(CODE, 0x8004);  // user mode, trace bit, Z, mask 0
     EXPECT_EQ(m68k_interrupt(2, 256), M68K_OK);

@@ -33,6 +33,35 @@ TEST_F(ObjectProcessorTest, RowsComeFromDwidthAndPhrasesOfARowFromPitch) {
     expect_shown({{{.iwidth = 0}, 2, 0, {UNTOUCHED}}});
 }
 
+// Phrases that follow each other (PITCH 1) are drawn straight from the data, phrases further
+// apart through the staging buffers: the same pixels give the same row either way, whatever the
+// depth, flags, right-edge clipping and FIRSTPIX.
+TEST_F(ObjectProcessorTest, ConsecutivePhrasesDrawLikeTheSamePixelsSpreadByPitch) {
+    number_clut();
+    constexpr uint32_t SPREAD = DATA + 0x1000;
+    constexpr int PHRASES = 6;
+    for (int i = 0; i < PHRASES * 8; ++i) {
+        const uint8_t v = static_cast<uint8_t>(i % 5 == 0 ? 0 : i * 29);  // some pixels transparent
+        ws_write8(main_ram, DATA + i, v);
+        ws_write8(main_ram, SPREAD + (i / 8) * 24 + i % 8, v);  // PITCH 3
+    }
+    for (int depth : {int(DEPTH8), int(DEPTH16), int(DEPTH32)}) {
+        for (int flags : {0, int(REFLECT), int(TRANS), REFLECT | TRANS}) {
+            for (int xpos : {0, 3, 150, 300}) {  // left clipping skips 8 bytes a phrase whatever PITCH is
+                SCOPED_TRACE(testing::Message() << "depth " << depth << " flags " << flags << " xpos " << xpos);
+                bitmap b{.xpos = xpos, .depth = depth, .iwidth = PHRASES, .flags = flags, .firstpix = 0x20};
+                if ((flags & REFLECT) && xpos < 64) b.xpos += 64;
+                draw_one(b, 0);
+                b.data = SPREAD;
+                b.pitch = 3;
+                draw_one(b, 1);
+                for (int x = 0; x < 320; ++x) ASSERT_EQ(cell(0, x), cell(1, x)) << "x " << x;
+                std::fill(frame_buffer, frame_buffer + 2 * FRAME_PITCH, UNTOUCHED);
+            }
+        }
+    }
+}
+
 TEST_F(ObjectProcessorTest, ClippingAtBothEdges) {
     number_clut();
     count_bytes(32);
