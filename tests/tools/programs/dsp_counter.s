@@ -2,6 +2,7 @@
 | starts the DSP, then idles. The DSP writes a counting sample, 0x0100 upwards, to both channels,
 | then waits about 180 instructions, and again: every sample of the run is the DSP's.
         .include "risc.inc"
+        .include "risc_start.s"
         .equ    SCLK, 0xF1A150
         .equ    D_PC, 0xF1A110
         .equ    D_CTRL, 0xF1A114
@@ -12,13 +13,7 @@ start:
         move.l  #0x001FF000, %sp
         move.w  #0x2700, %sr
         move.l  #19, SCLK               | 26591000 / 40 / 32: 20774 Hz
-        lea     dsp_image(%pc), %a0
-        lea     DSP_RAM, %a1
-        moveq   #(dsp_image_end - dsp_image) / 2 - 1, %d0
-1:      move.w  (%a0)+, (%a1)+
-        dbra    %d0, 1b
-        move.l  #DSP_RAM, D_PC
-        move.l  #1, D_CTRL              | go
+        risc_start dsp_image, dsp_image_end, DSP_RAM, D_PC, D_CTRL
 idle:   bra.s   idle
 
         .balign 4

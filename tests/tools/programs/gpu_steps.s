@@ -2,6 +2,7 @@
 | then idles. The GPU loads a value, adds to it, copies and doubles it, and then waits in a
 | loop of its own: a trace shows each step and the register it wrote.
         .include "risc.inc"
+        .include "risc_start.s"
         .equ    G_PC, 0xF02110
         .equ    G_CTRL, 0xF02114
         .equ    GPU_RAM, 0xF03000
@@ -10,13 +11,7 @@
 start:
         move.l  #0x001FF000, %sp
         move.w  #0x2700, %sr
-        lea     gpu_image(%pc), %a0
-        lea     GPU_RAM, %a1
-        moveq   #(gpu_image_end - gpu_image) / 2 - 1, %d0
-1:      move.w  (%a0)+, (%a1)+
-        dbra    %d0, 1b
-        move.l  #GPU_RAM, G_PC
-        move.l  #1, G_CTRL              | go
+        risc_start gpu_image, gpu_image_end, GPU_RAM, G_PC, G_CTRL
 idle:   bra.s   idle
 
         .balign 4
