@@ -284,3 +284,18 @@ TEST_F(Workbench, ALongRunOnATerminalShowsItsProgress) {
 }
 
 }  // namespace
+
+// Without an image, vemo-run runs the demo cartridge it carries: the same frames as the built
+// demo image, pictures that move and the DSP's tone, and no scratch copy left behind.
+TEST_F(Workbench, WithoutAnImageTheBuiltInDemoRuns) {
+    const std::string demo = arg(std::string(VEMO_BIN_DIR) + "/demo.j64");
+    const std::vector<std::string> built_in = hashes("--frames 4 --audio");
+    ASSERT_EQ(built_in.size(), 4u);
+    EXPECT_EQ(hashes(demo + " --frames 4 --audio"), built_in);
+    EXPECT_NE(built_in[2].substr(built_in[2].size() - 64), built_in[3].substr(built_in[3].size() - 64));
+
+    ASSERT_EQ(run("--frames 4 --audio --wav " + arg(dir / "demo.wav")), 0) << output;
+    EXPECT_GT(fs::file_size(dir / "demo.wav"), 44u + 4 * 2 * 346);  // header and three frames of tone
+    for (const auto& entry : fs::directory_iterator(fs::temp_directory_path()))
+        EXPECT_EQ(entry.path().filename().string().rfind("vemo-run-demo-", 0), std::string::npos) << entry.path();
+}

@@ -15,6 +15,7 @@
 #include <string>
 
 #include "core_messages.h"
+#include "demo_image.h"
 #include "frame_hash.h"
 #include "input_script.h"
 #include "options.h"
@@ -278,5 +279,6 @@ int main(int argc, char** argv) {
     run_options o;
     const int status = parse_command_line(argc, argv, o);
     if (status >= 0) return status;
+    if (o.demo && (o.cartridge = demo_image_file()).empty()) return EXIT_RUN_FAILED;
     return run(o);
 }

@@ -45,7 +45,7 @@ bool parse_frame_list(const std::string& text, long frames, std::vector<long>& l
 }
 
 void add_machine_options(CLI::App& app, run_options& o) {
-    auto* cartridge = app.add_option("GAME", o.cartridge, "Cartridge image (.j64) to run");
+    auto* cartridge = app.add_option("GAME", o.cartridge, "Cartridge image (.j64) to run; without one, the built-in demo runs");
     auto* program = app.add_option("--program", o.program, "Program image to place in RAM and run instead of a cartridge")
                         ->type_name("FILE");
     app.add_option("--load-address", o.load_address_text,
@@ -137,10 +137,8 @@ int parse_command_line(int argc, char** argv, run_options& o) {
         app.exit(e);
         return EXIT_BAD_INPUT;
     }
-    if (o.cartridge.empty() && o.program.empty()) {
-        std::fprintf(stderr, "vemo-run: give a cartridge image or --program FILE (see --help)\n");
-        return EXIT_BAD_INPUT;
-    }
+    // Without an image, vemo-run shows what the machine can do with its own demo cartridge.
+    o.demo = o.cartridge.empty() && o.program.empty();
     if (app.count("--hash")) o.hash = hash_text == "last" ? hash_mode::last_frame : hash_mode::every_frame;
     if (app.count("--png-at") && !parse_frame_list(png_at_text, o.frames, o.png_at)) return EXIT_BAD_INPUT;
     return -1;

@@ -35,6 +35,7 @@ struct run_options {
     int64_t trace_dsp = 0;
     bool log = false;
     std::string wav;
+    bool demo = false;  // no image named: run the built-in demo cartridge
 };
 
 // Parses the command line into o. Returns -1 to go on and run, otherwise the exit status (help
