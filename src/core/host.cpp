@@ -7,6 +7,8 @@
 
 #include <sys/stat.h>
 
+#include "core/cdrom.h"
+#include "core/eeprom.h"
 #include "core/memory.h"
 #include "core/sound.h"
 #include "core/video.h"
@@ -126,19 +128,38 @@ void load_eeprom(const char* path) {
                    EEPROM_SIZE);
 }
 
+// Releases the machine's buffers and everything that points into them.
+void machine_release() {
+    machine_started = false;
+    memory_release();
+    op_line_buffer = nullptr;  // it pointed into the frame buffer
+}
+
+// A start gives exactly the machine a first start in a fresh process gives, whatever ran
+// before it (shut down or not, started or refused): nothing of an earlier machine survives:
+// its chips' registers, the EEPROM's serial state, the row timing, the last message. The
+// controller slots are kept: they hold the front-end's input, which it may store before
+// vemo_init, not the machine's state.
+void machine_forget() {
+    machine_release();
+    std::memset(log_text, 0, sizeof log_text);
+    core_frame_info = vemo_frame_info{};
+    sound_reset();
+    eeprom_reset();
+    cdrom_reset();
+    video_reset();
+}
+
 }  // namespace
 
 extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
+    machine_forget();
     if (!config) {
         log_printf("vemo_init was given no configuration.\n");
         return 0;
     }
     std::memcpy(&core_config, config, sizeof core_config);
 
-    // Starting again without a shut-down first releases the previous machine instead of
-    // leaking it.
-    machine_started = false;
-    memory_release();
     if (!memory_allocate()) {
         log_printf("Couldn't allocate the machine's memory.\n");
         return 0;
@@ -191,11 +212,7 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
     return 1;
 }
 
-extern "C" VEMO_API void vemo_shutdown(void) {
-    machine_started = false;
-    memory_release();
-    op_line_buffer = nullptr;  // it pointed into the frame buffer
-}
+extern "C" VEMO_API void vemo_shutdown(void) { machine_release(); }
 
 extern "C" VEMO_API void vemo_set_joypad_state(int32_t slot, const vemo_joypad* state) {
     // Only two controller slots exist; anything else is ignored.

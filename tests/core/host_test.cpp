@@ -9,9 +9,12 @@
 #include <vector>
 
 #include "core/bus.h"
+#include "core/cdrom.h"
 #include "core/host.h"
 #include "core/memory.h"
+#include "core/sound.h"
 #include "core/video.h"
+#include "objproc/objproc.h"
 #include "support/temp_files.h"
 #include "vemocore.h"
 
@@ -220,6 +223,82 @@ TEST_F(Host, ShutdownReleasesEverythingAndTheMachineCanStartAgain) {
     refusal(make_config(missing));
     ASSERT_EQ(vemo_init(&config), 1);
     EXPECT_EQ(bus_read8(0x800001), 0x01);
+}
+
+// What a program and a front-end see of a machine just started and after its first frame: the
+// values of a first start in a fresh process.
+void expect_first_start_machine(const char* how) {
+    SCOPED_TRACE(how);
+    EXPECT_STREQ(vemo_get_error_string(), "");
+    EXPECT_EQ(op_line_buffer, nullptr);
+    EXPECT_EQ(bus_read32(0xF01800), 0u);  // no row drawn yet
+    EXPECT_EQ(bus_read16(JPIT2_READ), 0);  // timer 1's divider
+    EXPECT_EQ(bus_read16(JOYBUTS), 0xFFFF);  // no controller row selected
+    EXPECT_EQ(bus_read16(JOYSTICK) & 1, 1);  // the EEPROM idle
+    EXPECT_EQ(bus_read16(0xDFFF0A), 0);      // the CD-ROM data word
+    EXPECT_EQ(vemo_run_frame(), 1) << vemo_get_error_string();
+    vemo_frame_info info;
+    vemo_get_frame_info(&info);
+    for (int i = 0; i < 512; ++i) ASSERT_EQ(info.row_timing[i], 0) << i;  // the display is off
+    EXPECT_EQ(info.audio_rate, 0);
+    EXPECT_EQ(info.audio_left_count, 0u);
+    EXPECT_EQ(info.color_mode, 0);
+    EXPECT_EQ(info.x_offset, 50);
+    EXPECT_EQ(info.m68k_pc, 0x802000u);
+    EXPECT_STREQ(vemo_get_error_string(), "");
+}
+
+// A machine that changed everything it could: audio rate, timers, controller latch, a pending
+// EEPROM read, the CD-ROM data word, a display that drew rows, and a message.
+void dirty_the_machine(const vemo_config& config) {
+    ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+    bus_write32(SCLK, 19);
+    bus_write16(JPIT1, 5);
+    bus_write16(JPIT2, 7);
+    bus_write16(JOYSTICK, 0xE);
+    bus_read16(0xF15000);
+    for (int bit : {1, 1, 0, 0, 0, 0, 0, 0, 0}) bus_write16(0xF14800, static_cast<uint16_t>(bit));
+    bus_write16(0xDFFF0A, 0x1234);
+    bus_write16(VMODE, 0x0E86);
+    bus_write16(VDB, 40);
+    bus_write16(VDE, 100);
+    bus_write16(HDE, 640);
+    ASSERT_EQ(vemo_run_frame(), 1);
+    bus_read8(0xF00000);  // logs
+}
+
+// Starting a machine again, after a shut-down or without one, after a refused start or none at
+// all, gives the machine a first start gives; the controller slots keep the front-end's input.
+TEST_F(Host, ARestartGivesExactlyTheMachineAFirstStartGives) {
+    std::vector<uint8_t> idle(0x2000, 0);
+    idle.insert(idle.end(), {0x60, 0xFE});  // bra.s itself at 0x802000
+    const auto config = make_config(write_file("idle.j64", idle));
+    vemo_joypad pad{};
+    pad.a = 1;  // row E would show it on JOYBUTS bit 1
+    vemo_set_joypad_state(0, &pad);
+    const struct { const char* how; void (*between)(); } cases[] = {
+        {"shut down first", [] { vemo_shutdown(); }},
+        {"started again without a shut-down", [] {}},
+        {"after a start without configuration", [] { EXPECT_EQ(vemo_init(nullptr), 0); }},
+        {"after a refused start", [] {
+             auto bad = make_config(missing);
+             EXPECT_EQ(vemo_init(&bad), 0);
+         }},
+    };
+    for (const auto& c : cases) {
+        dirty_the_machine(config);
+        c.between();
+        ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+        expect_first_start_machine(c.how);
+        EXPECT_EQ(joypad_slots[0].a, 1);
+    }
+    const vemo_joypad released{};
+    vemo_set_joypad_state(0, &released);
+
+    // A start without a configuration, or a refused one, leaves no machine to run.
+    dirty_the_machine(config);
+    EXPECT_EQ(vemo_init(nullptr), 0);
+    EXPECT_EQ(vemo_run_frame(), 0);
 }
 
 TEST(Log, EachMessageReplacesTheLastAndLongOnesAreCut) {
