@@ -75,14 +75,15 @@ void write_reset_vectors(uint32_t stack, uint32_t start) {
     ws_write32(main_ram, 4, start);
 }
 
-// Loads an image into the space that holds it, converted to the word-swapped order. An image
-// that cannot be read is reported with the machine's own message; one larger than its space is
-// refused with a message naming the file and both sizes.
-bool load_image(const char* path, uint8_t* destination, uint32_t capacity, uint8_t* swap_start,
-                uint32_t swap_length, const char* unreadable_message, const char* image_name,
-                const char* space_name) {
+// Loads an image at `offset` of `buffer`, which has `capacity` bytes from there, converted to
+// the word-swapped order. An image that cannot be read is reported with the machine's own
+// message; one larger than its space is refused with a message naming the file and both sizes.
+// Only the words the image touched are swapped: the rest of the buffer holds its fill, which
+// reads the same in either order.
+bool load_image(const char* path, uint8_t* buffer, uint32_t offset, uint32_t capacity,
+                const char* unreadable_message, const char* image_name, const char* space_name) {
     long size = 0;
-    switch (load_file(path, destination, capacity, &size)) {
+    switch (load_file(path, buffer + offset, capacity, &size)) {
         case LOAD_FAILED:
             log_printf(unreadable_message, path);
             return false;
@@ -93,13 +94,15 @@ bool load_image(const char* path, uint8_t* destination, uint32_t capacity, uint8
         case LOAD_OK:
             break;
     }
-    swap_bytes(swap_start, static_cast<int32_t>(swap_length));
+    const uint32_t first = offset & ~1u;
+    const uint32_t end = (offset + static_cast<uint32_t>(size) + 1) & ~1u;
+    swap_bytes(buffer + first, static_cast<int32_t>(end - first));
     return true;
 }
 
 bool load_cartridge(const char* path) {
-    return load_image(path, cart_rom, CART_ROM_SIZE, cart_rom, CART_ROM_SIZE,
-                      "Couldn't load rom file %s.\n", "Cartridge image", "cartridge space");
+    return load_image(path, cart_rom, 0, CART_ROM_SIZE, "Couldn't load rom file %s.\n", "Cartridge image",
+                      "cartridge space");
 }
 
 bool load_program_image(const char* path, uint32_t load_address) {
@@ -110,13 +113,13 @@ bool load_program_image(const char* path, uint32_t load_address) {
     }
     char space[64];
     std::snprintf(space, sizeof space, "RAM from its load address %08X", load_address);
-    return load_image(path, main_ram + load_address, MAIN_RAM_SIZE - load_address, main_ram,
-                      MAIN_RAM_SIZE, "Couldn't load bin file %s.\n", "Program image", space);
+    return load_image(path, main_ram, load_address, MAIN_RAM_SIZE - load_address,
+                      "Couldn't load bin file %s.\n", "Program image", space);
 }
 
 bool load_boot_rom(const char* path) {
-    return load_image(path, boot_rom, BOOT_ROM_SIZE, boot_rom, BOOT_ROM_SIZE,
-                      "Couldn't load boot rom file %s\n", "Boot ROM image", "boot ROM space");
+    return load_image(path, boot_rom, 0, BOOT_ROM_SIZE, "Couldn't load boot rom file %s\n",
+                      "Boot ROM image", "boot ROM space");
 }
 
 // A missing or unreadable EEPROM file is no error: the cartridge starts with a blank EEPROM. A
