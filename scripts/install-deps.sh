@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project builds, tests and runs with, when any is missing.
+# With --fuzz, also clang and its runtime libraries (libFuzzer), which scripts/fuzz.sh needs.
 set -euo pipefail
 
 packages=(
@@ -8,6 +9,9 @@ packages=(
   libpng-dev libcli11-dev                # vemo-run: PNG output, command line
   binutils-m68k-linux-gnu                # assembling 68000 test programs
 )
+if [ "${1:-}" = "--fuzz" ]; then
+  packages+=(clang libclang-rt-dev)      # fuzz targets: clang, libFuzzer and the sanitizers
+fi
 
 missing=()
 for p in "${packages[@]}"; do
