@@ -1,11 +1,14 @@
 // The six exported functions, start-up and shut-down, image loading and the message sink.
 #include "core/host.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "core/cdrom.h"
 #include "core/eeprom.h"
@@ -23,11 +26,51 @@ char eeprom_file_path[PATH_SIZE];
 vemo_frame_info core_frame_info;
 bool machine_started;
 
+namespace {
+
+// Length of the failed-save message held at the front of log_text; 0 when there is none.
+size_t sticky_length;
+// The failed-save message never takes more than this, so later messages keep room after it.
+constexpr size_t STICKY_ROOM = LOG_TEXT_SIZE * 3 / 4;
+
+}  // namespace
+
 void log_printf(const char* format, ...) {
     va_list args;
     va_start(args, format);
-    std::vsnprintf(log_text, sizeof log_text, format, args);
+    std::vsnprintf(log_text + sticky_length, sizeof log_text - sticky_length, format, args);
     va_end(args);
+}
+
+void log_save_failure(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(log_text, STICKY_ROOM, format, args);
+    va_end(args);
+    sticky_length = std::strlen(log_text);
+}
+
+void log_save_succeeded() {
+    if (sticky_length == 0) return;
+    std::memmove(log_text, log_text + sticky_length, std::strlen(log_text + sticky_length) + 1);
+    sticky_length = 0;
+}
+
+void log_clear() {
+    std::memset(log_text, 0, sizeof log_text);
+    sticky_length = 0;
+}
+
+const char* file_kind(const char* path) {
+    struct stat info;
+    if (stat(path, &info) != 0) return nullptr;
+    if (S_ISREG(info.st_mode)) return nullptr;
+    if (S_ISDIR(info.st_mode)) return "a directory";
+    if (S_ISFIFO(info.st_mode)) return "a FIFO";
+    if (S_ISCHR(info.st_mode)) return "a character device";
+    if (S_ISBLK(info.st_mode)) return "a block device";
+    if (S_ISSOCK(info.st_mode)) return "a socket";
+    return "not a file";
 }
 
 void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width) {
@@ -37,12 +80,20 @@ void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width) {
 }
 
 load_result load_file(const char* path, uint8_t* destination, uint32_t capacity, long* file_size) {
-    FILE* file = std::fopen(path, "rb");
-    if (!file) return LOAD_FAILED;
-    // Only a regular file has a length to read (a directory opens, but holds no image).
+    // Only a regular file has a length to read. Its kind is checked before it is opened, and it
+    // is opened without waiting, so that a FIFO or a device never holds start-up up; the check
+    // is made again on what was opened, in case the path changed in between.
+    if (file_kind(path)) return LOAD_NOT_A_FILE;
+    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) return LOAD_FAILED;
     struct stat info;
-    if (fstat(fileno(file), &info) != 0 || !S_ISREG(info.st_mode)) {
-        std::fclose(file);
+    if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+        close(descriptor);
+        return LOAD_NOT_A_FILE;
+    }
+    FILE* file = fdopen(descriptor, "rb");
+    if (!file) {
+        close(descriptor);
         return LOAD_FAILED;
     }
     long length = -1;
@@ -91,6 +142,10 @@ bool load_image(const char* path, uint8_t* buffer, uint32_t offset, uint32_t cap
             log_printf("%s %s is %ld bytes, more than the %u bytes of %s.\n", image_name, path, size,
                        capacity, space_name);
             return false;
+        case LOAD_NOT_A_FILE:
+            log_printf("%s %s is %s, not a regular file.\n", image_name, path,
+                       file_kind(path) ? file_kind(path) : "not a regular file any more");
+            return false;
         case LOAD_OK:
             break;
     }
@@ -122,13 +177,33 @@ bool load_boot_rom(const char* path) {
                       "Boot ROM image", "boot ROM space");
 }
 
-// A missing or unreadable EEPROM file is no error: the cartridge starts with a blank EEPROM. A
-// shorter file fills the words it has; a longer one gives its first 128 bytes.
-void load_eeprom(const char* path) {
+// The save file is read in both modes, so that a save is never written over one that was not
+// read. A missing file (or no path) is a blank EEPROM, and a shorter file fills the words it
+// has. Anything that could not be saved over without losing data is refused: a file that
+// exists but cannot be read, one longer than the EEPROM, or no regular file at all.
+bool load_eeprom(const char* path) {
+    if (path[0] == '\0') return true;
     long size = 0;
-    if (load_file(path, reinterpret_cast<uint8_t*>(eeprom_image), EEPROM_SIZE, &size) == LOAD_TOO_LARGE)
-        log_printf("EEPROM file %s is %ld bytes; only its first %u were loaded.\n", path, size,
-                   EEPROM_SIZE);
+    struct stat info;
+    if (stat(path, &info) != 0 && errno == ENOENT) return true;
+    switch (load_file(path, reinterpret_cast<uint8_t*>(eeprom_image), EEPROM_SIZE, &size)) {
+        case LOAD_OK:
+            return true;
+        case LOAD_TOO_LARGE:
+            log_printf("EEPROM file %s is %ld bytes, more than the %u of the EEPROM: it is no save of "
+                       "this machine, and a save would cut it.\n", path, size, EEPROM_SIZE);
+            break;
+        case LOAD_NOT_A_FILE:
+            log_printf("EEPROM file %s is %s, not a regular file.\n", path,
+                       file_kind(path) ? file_kind(path) : "not a regular file any more");
+            break;
+        case LOAD_FAILED:
+            log_printf("EEPROM file %s cannot be read (%s), and a save would replace it.\n", path,
+                       std::strerror(errno));
+            break;
+    }
+    std::memset(eeprom_image, 0, EEPROM_SIZE);
+    return false;
 }
 
 // Releases the machine's buffers and everything that points into them.
@@ -145,7 +220,7 @@ void machine_release() {
 // vemo_init, not the machine's state.
 void machine_forget() {
     machine_release();
-    std::memset(log_text, 0, sizeof log_text);
+    log_clear();
     core_frame_info = vemo_frame_info{};
     sound_reset();
     eeprom_reset();
@@ -187,8 +262,8 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         if (!load_program_image(working_path, load_address)) return 0;
     } else {
         if (!load_cartridge(working_path)) return 0;
-        load_eeprom(core_config.eeprom_path);
     }
+    if (!load_eeprom(core_config.eeprom_path)) return 0;
     std::memcpy(eeprom_file_path, core_config.eeprom_path, PATH_SIZE);
 
     if (core_config.use_boot_rom) {

@@ -117,19 +117,35 @@ TEST_F(CartridgeFrames, EepromSavesSurviveRestartingTheLibraryAndTheProcess) {
     EXPECT_EQ(bus_read16(COUNT_WRITTEN), 4);
 }
 
-TEST_F(CartridgeFrames, EepromFileLoadsWhatItHasAndAtMost128Bytes) {
+// A shorter save file fills the words it has; a longer one is no save of this machine and is
+// refused, untouched, rather than cut by the next save.
+TEST_F(CartridgeFrames, EepromFileLoadsWhatItHasAndALongerOneIsRefusedUntouched) {
     write_file(save.string(), {0x29, 0x00, 0x78, 0x56});
     start("cart_eeprom_counter");
     EXPECT_EQ(eeprom_image[1], 0x5678);
     EXPECT_EQ(eeprom_image[2], 0);
     vemo_shutdown();
-    std::vector<uint8_t> long_file(300, 0x11);
-    long_file[126] = 0x22;
-    long_file[128] = 0x33;
+    const std::vector<uint8_t> long_file(300, 0x11);
     write_file(save.string(), long_file);
-    start("cart_eeprom_counter");
-    EXPECT_EQ(eeprom_image[63], 0x1122);
-    EXPECT_TRUE(logged("only its first 128"));
+    const vemo_config config = config_for("cart_eeprom_counter");
+    EXPECT_EQ(vemo_init(&config), 0);
+    EXPECT_TRUE(logged("is 300 bytes, more than the 128 of the EEPROM"));
+    EXPECT_EQ(read_file(save), long_file);
+}
+
+// A program placed in RAM reads its save too: it counts on from the saved count instead of
+// writing 1 over it.
+TEST_F(CartridgeFrames, ProgramModeReadsTheSaveBeforeWritingIt) {
+    write_file(save.string(), {0x05, 0x00});
+    vemo_config config = config_for("cart_eeprom_counter");
+    std::snprintf(config.rom_path, sizeof config.rom_path, "%s/cart_eeprom_counter.bin", VEMO_PROGRAM_DIR);
+    config.load_program = 1;
+    config.load_address = 0x4000;
+    for (uint8_t count = 6; count <= 7; ++count) {
+        ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+        run_frames(1);
+        EXPECT_EQ(read_file(save)[0], count);
+    }
 }
 
 // Timer 1 with prescaler 0 is stopped whatever its divider; timer 2 at 1038 Hz ticks 17 times.

@@ -2,6 +2,9 @@
 // them: where images and reset vectors land, every refused input with its message, the
 // frame-information record and the controller slots.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <optional>
@@ -106,9 +109,35 @@ TEST_F(Host, ImagesThatCannotBeReadAreRefusedWithTheirMessages) {
     EXPECT_EQ(refusal(make_config(missing)), "Couldn't load rom file " + missing + ".\n");
     EXPECT_EQ(refusal(make_config(missing, 0x4000)), "Couldn't load bin file " + missing + ".\n");
     EXPECT_EQ(refusal(make_config(rom, {}, missing)), "Couldn't load boot rom file " + missing + "\n");
-    // A directory opens but holds no image.
-    auto directory = test_support::scratch_dir().string();
-    EXPECT_EQ(refusal(make_config(directory)), "Couldn't load rom file " + directory + ".\n");
+}
+
+// A FIFO, a device or a directory given for any file is refused at once, and left as it is.
+TEST_F(Host, FilesThatAreNotRegularAreRefusedWithoutWaitingOnThem) {
+    const auto fifo = (test_support::scratch_dir() / "pipe").string();
+    const auto device = (test_support::scratch_dir() / "null").string();  // a second /dev/null
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    ASSERT_EQ(mknod(device.c_str(), S_IFCHR | 0666, makedev(1, 3)), 0);
+    const std::string directory = test_support::scratch_dir().string(), rom = counting_image("fine.j64", 64);
+    auto with_eeprom = [&](const std::string& path) {
+        auto c = make_config(rom);
+        std::snprintf(c.eeprom_path, sizeof c.eeprom_path, "%s", path.c_str());
+        return c;
+    };
+    const struct { vemo_config config; std::string message; } cases[] = {
+        {make_config(fifo), "Cartridge image " + fifo + " is a FIFO, not a regular file.\n"},
+        {make_config(fifo, 0x4000), "Program image " + fifo + " is a FIFO, not a regular file.\n"},
+        {make_config(rom, {}, fifo), "Boot ROM image " + fifo + " is a FIFO, not a regular file.\n"},
+        {make_config(rom, {}, device), "Boot ROM image " + device + " is a character device, not a regular file.\n"},
+        {make_config(directory), "Cartridge image " + directory + " is a directory, not a regular file.\n"},
+        {with_eeprom(fifo), "EEPROM file " + fifo + " is a FIFO, not a regular file.\n"},
+        {with_eeprom(device), "EEPROM file " + device + " is a character device, not a regular file.\n"},
+        {with_eeprom(directory), "EEPROM file " + directory + " is a directory, not a regular file.\n"},
+    };
+    alarm(20);  // a start that waits on the FIFO ends the test program
+    for (const auto& c : cases) EXPECT_EQ(refusal(c.config), c.message);
+    alarm(0);
+    EXPECT_TRUE(std::filesystem::is_fifo(fifo));
+    EXPECT_TRUE(std::filesystem::is_character_file(device));
 }
 
 TEST_F(Host, ImagesLargerThanTheirSpaceAreRefusedNamingTheFileAndBothSizes) {
