@@ -13,6 +13,7 @@
 #include "core/cdrom.h"
 #include "core/eeprom.h"
 #include "core/memory.h"
+#include "core/scheduler.h"
 #include "core/sound.h"
 #include "core/video.h"
 #include "m68k/m68k.h"
@@ -226,6 +227,7 @@ void machine_forget() {
     eeprom_reset();
     cdrom_reset();
     video_reset();
+    scheduler_reset();
 }
 
 }  // namespace
@@ -273,12 +275,17 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
 
     // The 68000 takes its stack pointer and start address from RAM offsets 0 and 4. In program
     // mode the stack starts at the very top of RAM (an odd value, kept as the machine has it).
-    if (program_mode)
+    if (program_mode) {
         write_reset_vectors(0x001FFFFF, load_address);
-    else if (core_config.use_boot_rom)
+        if (load_address < 8)
+            log_printf("Program image %s at load address %08X lies under the 68000's reset vectors "
+                       "(addresses 0 to 7): its bytes there are replaced by them.\n",
+                       core_config.rom_path, load_address);
+    } else if (core_config.use_boot_rom) {
         write_reset_vectors(0x001FFFFC, 0x00E00008);
-    else
+    } else {
         write_reset_vectors(0x001FFFFC, 0x00802000);
+    }
 
     video_reset();
     if (!m68k_setup()) {

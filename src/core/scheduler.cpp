@@ -60,7 +60,21 @@ bool line_is_displayed(int line) {
     return (line & 1) == 0 && line >= video.vdb && line < video.vde;
 }
 
+// A 68000 whose program counter left every memory that holds code (RAM, cartridge, boot ROM)
+// stops there for good, and nothing else would tell: the first slice that finds it so says so,
+// once per start of the machine.
+bool m68k_stop_reported;
+
+void run_m68k_slice() {
+    if (m68k_execute(M68K_SLICE_CYCLES) != M68K_NO_FETCH_REGION || m68k_stop_reported) return;
+    m68k_stop_reported = true;
+    log_printf("68000 stopped at %08X: no code can be there (code runs from RAM, the cartridge or the "
+               "boot ROM)\n", m68k_get_pc());
+}
+
 }  // namespace
+
+void scheduler_reset() { m68k_stop_reported = false; }
 
 extern "C" VEMO_API int32_t vemo_run_frame(void) {
     if (!machine_started) {
@@ -74,7 +88,7 @@ extern "C" VEMO_API int32_t vemo_run_frame(void) {
         video.vc = static_cast<uint16_t>(line);
         video.hc = 0;
         for (int slice = 0; slice < SLICES_PER_LINE; ++slice) {
-            m68k_execute(M68K_SLICE_CYCLES);
+            run_m68k_slice();
             // The GPU's slice (gpu_execute(GPU_SLICE_CYCLES), 0 ends the frame) joins here.
             video.hc = static_cast<uint16_t>(HC_SLICE_STEP * slice);
         }

@@ -165,6 +165,30 @@ TEST_F(CartridgeFrames, AudioAndTimerTicksArePlacedOnlyForRunningSources) {
     EXPECT_EQ(sound.audio_left_count, 0u);  // a frame's sample counts start from zero
 }
 
+// A 68000 that jumps where no code can be, or that runs off an empty cartridge (all ones: an
+// unimplemented instruction whose vector in RAM is all ones too), stops for good; the first
+// frame that finds it so says where, once per start.
+TEST_F(CartridgeFrames, A68000StoppedWhereNoCodeCanBeIsReportedOncePerStart) {
+    const struct { std::vector<uint8_t> code; const char* message; } cases[] = {
+        {{0x4E, 0xF9, 0x00, 0xF0, 0x00, 0x00}, "68000 stopped at 00F00000: no code can be there"},  // jmp $F00000
+        {{}, "68000 stopped at 00FFFFFF: no code can be there"},
+    };
+    for (const auto& c : cases) {
+        std::vector<uint8_t> image(0x2000, 0);
+        image.insert(image.end(), c.code.begin(), c.code.end());
+        vemo_config config = config_for("cart_frame_counter");
+        std::snprintf(config.rom_path, sizeof config.rom_path, "%s", write_file((save.parent_path() / "stop.j64").string(), image).c_str());
+        for (int start = 0; start < 2; ++start) {
+            ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+            run_frames(1);
+            EXPECT_TRUE(logged(c.message));
+            clear_message();
+            run_frames(1);
+            EXPECT_STREQ(vemo_get_error_string(), "");
+        }
+    }
+}
+
 TEST_F(CartridgeFrames, RunFrameBeforeInitOrAfterAFailedStartIsRefused) {
     const char* refused = "vemo_run_frame: the machine is not initialised.\n";
     vemo_shutdown();

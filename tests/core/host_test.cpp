@@ -95,13 +95,18 @@ TEST_F(Host, ImagesAndResetVectorsLandWhereEachStartModePutsThem) {
     EXPECT_EQ(bus_read32(4), 0x00004000u);
     EXPECT_EQ(bus_read16(0x400E), 0xAEAF);
     EXPECT_EQ(bus_read8(0x4010), 0xFF);
+    EXPECT_STREQ(vemo_get_error_string(), "");
     vemo_shutdown();
 
-    // At address 0 the vectors replace the program's first two longs.
+    // At address 0 the vectors replace the program's first two longs, and the start says so.
     auto at_zero = make_config(counting_image("at-zero.bin", 12, 0x01), 0);
     ASSERT_EQ(vemo_init(&at_zero), 1);
     EXPECT_EQ(bus_read32(4), 0u);
     EXPECT_EQ(bus_read32(8), 0x090A0B0Cu);
+    EXPECT_EQ(std::string(vemo_get_error_string()),
+              "Program image " + std::string(at_zero.rom_path) +
+                  " at load address 00000000 lies under the 68000's reset vectors (addresses 0 to 7): "
+                  "its bytes there are replaced by them.\n");
 }
 
 TEST_F(Host, ImagesThatCannotBeReadAreRefusedWithTheirMessages) {
