@@ -45,7 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (size_t i = 0; i < std::size(registers); ++i) bus_write16(registers[i], word_at(data + 2 * i));
     const uint32_t olp = static_cast<uint32_t>(word_at(data + 14)) << 16 | word_at(data + 16);
     const size_t list_size = size - HEADER;
-    bus_write32(OLP, (olp & 0x80000000u) || list_size < 8 ? olp : LIST_BASE + (olp % list_size));
+    // OLP's halves as a program writes them: the low word at 0xF00020, the high at 0xF00022.
+    const uint32_t list = (olp & 0x80000000u) || list_size < 8 ? olp : LIST_BASE + static_cast<uint32_t>(olp % list_size);
+    bus_write16(OLP, static_cast<uint16_t>(list));
+    bus_write16(OLP + 2, static_cast<uint16_t>(list >> 16));
     std::memcpy(main_ram + LIST_BASE, data + HEADER, list_size);
     swap_bytes(main_ram + LIST_BASE, static_cast<int32_t>(list_size & ~size_t{1}));
     fuzz::timed_frame(draw_frame);
