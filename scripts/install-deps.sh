@@ -8,6 +8,9 @@ packages=(
   libgtest-dev libbenchmark-dev          # tests and benchmarks
   libpng-dev libcli11-dev                # vemo-run: PNG output, command line
   binutils-m68k-linux-gnu                # assembling 68000 test programs
+  libsdl2-dev                            # vemo-play: window, sound, game controllers
+  xvfb xauth xdotool                     # the front-end tests: an X server without a display, keys
+  retroarch                              # the libretro core's test: the front-end alone, no cores
 )
 if [ "${1:-}" = "--fuzz" ]; then
   packages+=(clang libclang-rt-dev)      # fuzz targets: clang, libFuzzer and the sanitizers
@@ -25,5 +28,6 @@ if [ ${#missing[@]} -gt 0 ]; then
   sudo_cmd=()
   [ "$(id -u)" -ne 0 ] && sudo_cmd=(sudo)
   "${sudo_cmd[@]}" apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq "${missing[@]}"
+  # Without the recommended extras: RetroArch's would add a session-bus service it then tries.
+  DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi

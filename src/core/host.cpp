@@ -19,6 +19,8 @@
 #include "m68k/m68k.h"
 #include "objproc/colour_tables.h"
 #include "objproc/objproc.h"
+#include "risc/dsp.h"
+#include "risc/gpu.h"
 
 char log_text[LOG_TEXT_SIZE];
 vemo_config core_config;
@@ -292,6 +294,8 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         log_printf("M68K Init failed.\n");
         return 0;
     }
+    gpu_init();
+    dsp_init();
     op_init();
     machine_started = true;
     return 1;
@@ -313,8 +317,8 @@ extern "C" VEMO_API void vemo_get_frame_info(vemo_frame_info* info) {
     f.frame_buffer = frame_buffer;
     f.frame_pitch = FRAME_PITCH;
     f.m68k_pc = m68k_get_pc();
-    f.gpu_pc = 0;
-    f.dsp_pc = 0;
+    f.gpu_pc = gpu_state.pc;
+    f.dsp_pc = dsp_state.pc;
     f.color_mode = (video.vmode >> 1) & 3;
     f.var_mode = (video.vmode >> 8) & 1;
     f.audio_left = audio_left;

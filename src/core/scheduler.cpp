@@ -9,6 +9,8 @@
 #include "core/video.h"
 #include "m68k/m68k.h"
 #include "objproc/objproc.h"
+#include "risc/dsp.h"
+#include "risc/gpu.h"
 
 uint8_t scheduler_tick_marks[LINES_PER_FRAME];
 
@@ -89,12 +91,15 @@ extern "C" VEMO_API int32_t vemo_run_frame(void) {
         video.hc = 0;
         for (int slice = 0; slice < SLICES_PER_LINE; ++slice) {
             run_m68k_slice();
-            // The GPU's slice (gpu_execute(GPU_SLICE_CYCLES), 0 ends the frame) joins here.
+            if (!gpu_execute(GPU_SLICE_CYCLES)) return 0;
             video.hc = static_cast<uint16_t>(HC_SLICE_STEP * slice);
         }
-        // The DSP's line joins here: with audio enabled, the interrupt that
-        // scheduler_dsp_interrupt_for(scheduler_tick_marks[line]) names, then
-        // dsp_execute(DSP_LINE_CYCLES); with audio off, dsp_execute alone when dsp_always_run.
+        if (core_config.audio_enable) {
+            if (const int n = scheduler_dsp_interrupt_for(scheduler_tick_marks[line])) dsp_interrupt(n);
+            if (!dsp_execute(DSP_LINE_CYCLES)) return 0;
+        } else if (core_config.dsp_always_run) {
+            if (!dsp_execute(DSP_LINE_CYCLES)) return 0;
+        }
         if (line_is_displayed(line) && !op_process_line(line)) return 0;
         scheduler_end_line(static_cast<uint16_t>(line));
     }

@@ -4,8 +4,8 @@
 // Offers: vemo_run_frame (vemocore.h), the tick placement that turns the sound chip's audio
 // rate and timers into per-line DSP interrupt marks, and the end-of-line interrupt step.
 // Needs: the 68000 (m68k_execute, m68k_interrupt), the Object Processor (op_process_line), the
-// graphics-chip and sound-chip register files, the configuration (host.h); the GPU and the DSP
-// when those subsystems land.
+// graphics-chip and sound-chip register files, the configuration (host.h), the GPU and the DSP
+// (their slices and the DSP's tick interrupts).
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include "core/host.h"
 #include "core/memory.h"
 #include "core/video.h"
+#include "risc/dsp.h"
 
 sound_registers sound;
 
@@ -175,7 +176,8 @@ uint32_t dsp_read32(uint32_t address) {
     // the button port.
     if (address == JOYSTICK)
         return static_cast<uint32_t>(dsp_read16(JOYSTICK)) << 16 | joypad_read_buttons(sound.joystick_latch);
-    // The DSP control block (0xF1A100, 0xF1A114, 0xF1A11C) has no DSP core behind it yet.
+    // The DSP's control block; the other registers of the block are not readable.
+    if (address == D_FLAGS || address == D_CTRL || address == D_REMAIN) return dsp_control_read(address);
     log_printf("DSP Read32 from %08X\n", address);
     return 0;
 }
@@ -247,9 +249,19 @@ void dsp_write32(uint32_t address, uint32_t value) {
         case SMODE:
             sound.serial_mode = value;
             return;
+        // The DSP's control block.
+        case D_FLAGS:
+        case D_MTXC:
+        case D_MTXA:
+        case D_END:
+        case D_PC:
+        case D_CTRL:
+        case D_MOD:
+        case D_DIVCTRL:
+            dsp_control_write(address, value);
+            return;
         default:
-            // Includes timer 2's divider, writable only with 16 bits, and the DSP control block
-            // (0xF1A100-0xF1A11C), which has no DSP core behind it yet.
+            // Includes timer 2's divider, writable only with 16 bits.
             log_printf("DSP Write %08X to %08X\n", value, address);
             return;
     }

@@ -4,7 +4,7 @@
 //
 // Offers: the sound-chip state read by the frame scheduler and vemo_get_frame_info, the five
 // access functions the bus calls, the controller decode. Needs: the EEPROM (eeprom.h), the
-// controller slots (host.h), the DSP control block when the DSP lands, log_printf.
+// controller slots (host.h), the DSP control block (dsp.h), log_printf.
 #pragma once
 
 #include <cstdint>

@@ -1,10 +1,12 @@
 // The graphics chip's register file.
 #include "core/video.h"
 
+#include "blitter/blitter.h"
 #include "core/host.h"
 #include "core/memory.h"
 #include "m68k/m68k.h"
 #include "objproc/objproc.h"
+#include "risc/gpu.h"
 
 video_registers video;
 
@@ -18,14 +20,7 @@ constexpr uint32_t INT1_SOURCE_MASK = 0x1F;
 
 // Registers outside the video block that this file answers itself.
 constexpr uint32_t G_CTRL_BYTE3 = 0xF02117;  // G_CTRL's low byte: byte accesses pass silently
-constexpr uint32_t G_CTRL = 0xF02114;
-constexpr uint32_t G_CTRL_CPUINT = 0x2;        // the GPU's request to interrupt the 68000
 constexpr uint32_t GPU_BLOCK_PROBE = 0xF020FC;  // reads 0
-constexpr uint32_t A1_CLIP = 0xF02204;
-constexpr uint32_t B_CMD = 0xF02238;           // reads the Blitter's status: 1 = idle
-constexpr uint32_t B_COUNT = 0xF02234;
-constexpr uint32_t B_SRCD_HI = 0xF02268;
-constexpr uint32_t B_SRCD_LO = 0xF0226C;
 
 // The countdown restarts at the timer's period in system clocks; frequency + 1 is never 0
 // because the frequency lies between 0 and the system clock.
@@ -46,6 +41,8 @@ void recompute_video_timer() {
     reload_timer_countdown();
 }
 
+bool in_blitter_block(uint32_t address) { return address >= BLITTER_BASE && address < BLITTER_END; }
+
 void write_int1(uint16_t enables, uint16_t acknowledges) {
     video.int1_enable = enables & INT1_SOURCE_MASK;
     video.int1_pending &= static_cast<uint16_t>(~(acknowledges & INT1_SOURCE_MASK));
@@ -55,6 +52,7 @@ void write_int1(uint16_t enables, uint16_t acknowledges) {
 
 void video_reset() {
     video = video_registers{};
+    blitter_reset();
     op_reset_line_width();
 }
 
@@ -108,6 +106,7 @@ uint16_t gpu_read16(uint32_t address) {
 }
 
 uint32_t gpu_read32(uint32_t address) {
+    if (in_blitter_block(address)) return blitter_read32(address);
     switch (address) {
         case MEMCON1:
             return 0;
@@ -131,17 +130,15 @@ uint32_t gpu_read32(uint32_t address) {
             return (static_cast<uint32_t>(video.pit0) << 16) | video.pit1;
         case INT1:
             return video.int1_pending;
-        // The Blitter runs every blit to completion inside the write that starts it, so its
-        // status always reads idle and its progress registers read 0.
-        case A1_CLIP:
-        case B_COUNT:
-        case B_SRCD_HI:
-        case B_SRCD_LO:
-            return 0;
-        case B_CMD:
-            return 1;
+        // The GPU's control block; G_MTXA and G_END are not readable.
+        case G_FLAGS:
+        case G_MTXC:
+        case G_PC:
+        case G_CTRL:
+        case G_HIDATA:
+        case G_REMAIN:
+            return gpu_control_read(address);
         default:
-            // The GPU control block (0xF02100-0xF0211C) has no GPU core behind it yet.
             log_printf("gpu_read32 %08X\n", address);
             return 0;
     }
@@ -227,6 +224,7 @@ void gpu_write16(uint32_t address, uint16_t value) {
 }
 
 void gpu_write32(uint32_t address, uint32_t value) {
+    if (in_blitter_block(address)) return blitter_write32(address, value);
     switch (address) {
         case OLP:
             video.olp = rotate16(value);
@@ -248,12 +246,19 @@ void gpu_write32(uint32_t address, uint32_t value) {
         case INT1:
             write_int1(static_cast<uint16_t>(value), static_cast<uint16_t>(value >> 24));
             return;
+        // The GPU's control block; G_CTRL bit 1 raises INT1's GPU source from there.
+        case G_FLAGS:
+        case G_MTXC:
+        case G_MTXA:
+        case G_END:
+        case G_PC:
+        case G_CTRL:
+        case G_HIDATA:
+        case G_DIVCTRL:
+            gpu_control_write(address, value);
+            return;
         default:
-            break;
+            log_printf("gpu_write32 %08X to %08X\n", value, address);
+            return;
     }
-    // The GPU control block and the Blitter block have no core behind them yet: their writes
-    // are reported as unhandled. The GPU's request to interrupt the 68000 is the interrupt
-    // controller's own business, so G_CTRL's CPUINT bit raises its source all the same.
-    log_printf("gpu_write32 %08X to %08X\n", value, address);
-    if (address == G_CTRL && (value & G_CTRL_CPUINT)) video_raise_interrupt(IRQ_GPU);
 }

@@ -4,8 +4,8 @@
 //
 // Offers: the register state (read by the frame scheduler and the Object Processor), the six
 // access functions the bus calls, video_reset (vemo_init clears the block) and
-// video_raise_interrupt. Needs: m68k_interrupt; the GPU control block and the Blitter block
-// when those subsystems land; log_printf.
+// video_raise_interrupt. Its 32-bit accesses to 0xF02200-0xF0229B go to the Blitter.
+// Needs: m68k_interrupt; the GPU control block (gpu.h); the Blitter; log_printf.
 #pragma once
 
 #include <cstdint>

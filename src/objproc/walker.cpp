@@ -9,6 +9,7 @@
 #include "core/video.h"
 #include "objproc/objproc.h"
 #include "objproc/pixels.h"
+#include "risc/gpu.h"
 
 namespace {
 
@@ -105,13 +106,14 @@ void draw_scaled_object(uint32_t a, uint64_t p0, int line) {
     if (const renderer draw = scaled_renderers[o.depth]) draw(&o, line);
 }
 
-// The GPU object hands its phrase to the GPU through the object-data registers. The GPU's
-// interrupt 3 joins here when the GPU exists.
+// The GPU object hands its phrase to the GPU through the object-data registers and raises GPU
+// interrupt 3; the walker does not wait for the GPU.
 void gpu_object(uint64_t p0) {
     video.ob_data[0] = static_cast<uint16_t>(p0 >> 48);
     video.ob_data[1] = static_cast<uint16_t>(p0 >> 32);
     video.ob_data[2] = static_cast<uint16_t>(p0 >> 16);
     video.ob_data[3] = static_cast<uint16_t>(p0);
+    gpu_interrupt(3);
 }
 
 bool branch_taken(uint64_t p0, int line) {
