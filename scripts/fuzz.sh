@@ -16,7 +16,7 @@ seconds=${1:-20}
 targets=()
 while [ $# -gt 0 ] && [ "$1" != "--" ]; do targets+=("$1"); shift; done
 [ "${1:-}" = "--" ] && shift
-[ ${#targets[@]} -eq 0 ] && targets=(fuzz_cartridge fuzz_object_list fuzz_registers)
+[ ${#targets[@]} -eq 0 ] && targets=(fuzz_cartridge fuzz_object_list fuzz_registers fuzz_risc fuzz_blitter)
 
 cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEMO_FUZZ=ON \
   -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DVEMO_BUILD_TESTS=OFF -DVEMO_BUILD_BENCH=OFF >/dev/null

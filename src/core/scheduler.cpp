@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "blitter/blitter.h"
 #include "core/host.h"
 #include "core/memory.h"
 #include "core/sound.h"
@@ -85,6 +86,7 @@ extern "C" VEMO_API int32_t vemo_run_frame(void) {
     }
     if (core_config.audio_enable) place_frame_ticks();
     sound_begin_frame();
+    blitter_begin_frame();
 
     for (int line = 0; line < LINES_PER_FRAME; ++line) {
         video.vc = static_cast<uint16_t>(line);
