@@ -38,7 +38,10 @@ constexpr size_t STICKY_ROOM = LOG_TEXT_SIZE * 3 / 4;
 
 }  // namespace
 
+uint32_t log_count;
+
 void log_printf(const char* format, ...) {
+    ++log_count;
     va_list args;
     va_start(args, format);
     std::vsnprintf(log_text + sticky_length, sizeof log_text - sticky_length, format, args);

@@ -20,6 +20,8 @@ extern vemo_joypad joypad_slots[2];
 extern char eeprom_file_path[PATH_SIZE];
 
 void log_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+// Messages logged so far (wrapping): lets a bounded loop count what its messages cost.
+extern uint32_t log_count;
 
 // A failed EEPROM save must not vanish behind later messages: log_save_failure puts its message
 // at the front of log_text, where it stays, later messages following it, until a save succeeds

@@ -16,12 +16,16 @@ namespace {
 // The work of one line is bounded, so that no list (links that form a cycle without a stop
 // object, or thousands of full-width objects) can hold a frame up. Work counts the pixels read
 // and written: a cell drawn is a source pixel read and a cell written (2), a read-modify-write
-// cell also reads the cell (3); every phrase of the list read counts 8. The bound of 8192 lets a
-// line draw 4096 pixels, a dozen full-width layers of a 320-pixel screen, or walk 512 bitmap
-// objects: more than the chip can in the 1688 clocks it has for a row, moving at most about a
-// phrase or two pixels per clock. A line that reaches the bound ends there, the rest of its list
-// not drawn; a frame of such lines takes about ten to twenty times an idle frame.
+// cell also reads the cell (3); every phrase of the list read counts 8, every message logged
+// 512. The bound of 8192 lets a line draw 4096 pixels, a dozen full-width layers of a 320-pixel
+// screen, or walk 512 bitmap objects: more than the chip can in the 1688 clocks it has for a
+// row, moving at most about a phrase or two pixels per clock. A line that reaches the bound ends
+// there, the rest of its list not drawn; a frame of such lines takes about ten to twenty times
+// an idle frame.
 constexpr int32_t OP_PHRASE_WORK = 8;
+// A message costs about as much as drawing a few hundred pixels: an object that logs one
+// (DATA where no memory is, a depth without a renderer, FIRSTPIX) counts it too.
+constexpr int32_t OP_MESSAGE_WORK = 512;
 constexpr int32_t OP_LINE_WORK_LIMIT = 8192;
 
 enum op_object_type { OBJ_BITMAP = 0, OBJ_SCALED = 1, OBJ_GPU = 2, OBJ_BRANCH = 3, OBJ_STOP = 4 };
@@ -127,6 +131,12 @@ bool branch_taken(uint64_t p0, int line) {
     }
 }
 
+// The line's work so far, the messages its objects logged included.
+int32_t line_work_with_messages(uint32_t messages_before) {
+    const uint32_t messages = std::min<uint32_t>(log_count - messages_before, OP_LINE_WORK_LIMIT / OP_MESSAGE_WORK);
+    return op_line_work + static_cast<int32_t>(messages) * OP_MESSAGE_WORK;
+}
+
 // Phrases read per object type: a bitmap has two, a scaled bitmap three, the others one.
 constexpr int32_t PHRASES_READ[8] = {2, 3, 1, 1, 1, 1, 1, 1};
 
@@ -183,7 +193,8 @@ int op_process_line(int line) {
     if (video.vmode & 0x80) fill_background(op_line_buffer);
 
     uint32_t address = video.olp;
-    for (op_line_work = 0; op_line_work < OP_LINE_WORK_LIMIT;) {
+    const uint32_t messages_before = log_count;
+    for (op_line_work = 0; line_work_with_messages(messages_before) < OP_LINE_WORK_LIMIT;) {
         const uint32_t a = address & OBJECT_ADDRESS_MASK;
         if (a == 0) return 1;
         const uint64_t p0 = read_list_phrase(a);
