@@ -111,6 +111,14 @@ TEST_F(ObjectProcessorTest, ALineEndsWhereItsWorkPassesTheBoundReportedOncePerFr
     EXPECT_STREQ(log_text, "");
     EXPECT_EQ(op_process_line(FIRST_LINE), 1);  // the next frame
     EXPECT_TRUE(logged("on line 40")) << log_text;
+
+    // Messages cost far more than pixels: 100 objects whose DATA lies where no memory is (each
+    // logs) pass the bound before their stop, though they draw nothing.
+    for (int n = 0; n < 100; ++n) put_object(LIST + 16 * n, BITMAP, {.link = LIST + 16 * (n + 1), .data = 0xF10000});
+    put_stop(LIST + 16 * 100, 0x1230);
+    EXPECT_EQ(op_process_line(FIRST_LINE), 1);  // a frame of its own
+    EXPECT_EQ(video.obf, 0);
+    EXPECT_TRUE(logged("the rest of its objects are not drawn there")) << log_text;
 }
 
 // What a busy screen asks of one line is drawn whole: four full-width layers, 64 sprites on the
