@@ -22,6 +22,10 @@ extern char eeprom_file_path[PATH_SIZE];
 void log_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // Messages logged so far (wrapping): lets a bounded loop count what its messages cost.
 extern uint32_t log_count;
+// At most LOG_FRAME_LIMIT messages of a frame are formatted; the rest are counted, and the text
+// then says that more were dropped. log_begin_frame starts the count of a frame.
+constexpr uint32_t LOG_FRAME_LIMIT = 1000;
+void log_begin_frame();
 
 // A failed EEPROM save must not vanish behind later messages: log_save_failure puts its message
 // at the front of log_text, where it stays, later messages following it, until a save succeeds

@@ -87,6 +87,7 @@ extern "C" VEMO_API int32_t vemo_run_frame(void) {
     if (core_config.audio_enable) place_frame_ticks();
     sound_begin_frame();
     blitter_begin_frame();
+    log_begin_frame();
 
     for (int line = 0; line < LINES_PER_FRAME; ++line) {
         video.vc = static_cast<uint16_t>(line);

@@ -336,11 +336,30 @@ TEST_F(Host, ARestartGivesExactlyTheMachineAFirstStartGives) {
 }
 
 TEST(Log, EachMessageReplacesTheLastAndLongOnesAreCut) {
+    log_clear();
     log_printf("first message %d\n", 1);
     log_printf("second\n");
     EXPECT_STREQ(vemo_get_error_string(), "second\n");
     log_printf("%s", std::string(10000, 'm').c_str());
     EXPECT_EQ(std::strlen(vemo_get_error_string()), LOG_TEXT_SIZE - 1);
+}
+
+// A frame formats at most LOG_FRAME_LIMIT messages (a program that writes an unhandled register
+// in a loop would spend its frames formatting them); the text then says more were dropped, and
+// the next frame's messages show again. Messages dropped still count.
+TEST(Log, AFramesMessagesPastTheLimitAreCountedNotShown) {
+    log_clear();
+    const uint32_t count_before = log_count;
+    for (uint32_t n = 0; n < LOG_FRAME_LIMIT; ++n) log_printf("message %u\n", n);
+    EXPECT_EQ(std::string(vemo_get_error_string()), "message " + std::to_string(LOG_FRAME_LIMIT - 1) + "\n");
+    for (int n = 0; n < 5000; ++n) log_printf("later %d\n", n);
+    EXPECT_EQ(std::string(vemo_get_error_string()),
+              "More than " + std::to_string(LOG_FRAME_LIMIT) + " messages in one frame: the rest of this frame's are not shown.\n");
+    EXPECT_EQ(log_count - count_before, LOG_FRAME_LIMIT + 5000);
+    log_begin_frame();
+    log_printf("next frame\n");
+    EXPECT_STREQ(vemo_get_error_string(), "next frame\n");
+    log_clear();
 }
 
 }  // namespace
