@@ -29,7 +29,7 @@ for target in "${targets[@]}"; do
   mkdir -p "$corpus" "$artifacts"
   echo "== $target: ${seconds} s"
   if ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-     "build-fuzz/bin/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+     "build-fuzz/bin/$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 \
        -print_final_stats=1 -artifact_prefix="$artifacts/" "$@" \
        "$corpus" "tests/fuzz/corpus/$target" >"build-fuzz/$target.log" 2>&1; then
     grep -E "^stat::(number_of_executed_units|average_exec_per_sec)" "build-fuzz/$target.log" || true

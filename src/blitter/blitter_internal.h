@@ -22,8 +22,9 @@ constexpr uint32_t NO_WRAP = 0xFFFFFFFF;
 // it, in the middle of its row, and writes its positions back from there; the frame's later
 // blits draw nothing. So no program, however many blits it asks for (a single one may ask for
 // 65535 rows of 65535 pixels), holds a frame up for more than about 2^22 pixels of work and
-// 65535 rows per blit. No program needs more: in a frame's 443,000 clocks the chip moves at most
-// about 1.8 million pixels (four per clock in phrase mode); 2^22 are 55 full 320 x 240 screens.
+// 65535 rows per blit (about 25 ms on the slowest pixel path). No program needs more: in a
+// frame's 443,000 clocks the chip fills at most about 1.8 million 16-bit or 3.5 million 8-bit
+// pixels in phrase mode; 2^22 are 55 full 320 x 240 screens.
 constexpr uint64_t BLIT_PIXEL_LIMIT = 1ull << 22;
 
 // What this frame's blits may still touch; blitter_begin_frame and blitter_reset refill it.
