@@ -85,8 +85,9 @@ typedef struct vemo_joypad {
 
 /* Allocates the machine, loads the images and starts every processor. Returns 1 on success,
  * 0 on failure (read the reason with vemo_get_error_string, then call vemo_shutdown; frames
- * cannot run after a failed start). Calling it again without vemo_shutdown releases the
- * previous machine first. */
+ * cannot run after a failed start). It may be called again at any time, with or without
+ * vemo_shutdown: every start gives exactly the machine a first start gives, and only the
+ * controller slots keep what the front-end stored. */
 VEMO_API int32_t vemo_init(const vemo_config *config);
 
 /* Releases everything vemo_init allocated. Safe to call twice; the second call does nothing. */
@@ -104,7 +105,10 @@ VEMO_API void vemo_set_joypad_state(int32_t slot, const vemo_joypad *state);
 /* Copies the current frame information into the caller's record. */
 VEMO_API void vemo_get_frame_info(vemo_frame_info *info);
 
-/* The core's last message, zero-terminated; the pointer is valid for the library's lifetime. */
+/* The core's last message, zero-terminated; the pointer is valid for the library's lifetime.
+ * A failed EEPROM save is the exception that is kept: until a later save succeeds or the
+ * machine starts again, the text begins with the line "Couldn't save eeprom file ...", and the
+ * last message follows it. */
 VEMO_API const char *vemo_get_error_string(void);
 
 #ifdef __cplusplus

@@ -1,7 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project builds, tests and runs with, when any is missing;
 # packages named as arguments are installed too (the Windows and 32-bit scripts add theirs).
+# With --fuzz first, also clang and its runtime libraries (libFuzzer), which scripts/fuzz.sh needs.
 set -euo pipefail
+
+fuzz=0
+if [ "${1:-}" = "--fuzz" ]; then
+  fuzz=1
+  shift
+fi
 
 packages=(
   cmake ninja-build g++ binutils         # toolchain (binutils: nm for the export check)
@@ -16,6 +23,9 @@ packages=(
   pkgconf                                # the installed package's test builds with pkg-config
   "$@"
 )
+if [ "$fuzz" -eq 1 ]; then
+  packages+=(clang libclang-rt-dev)      # fuzz targets: clang, libFuzzer and the sanitizers
+fi
 
 missing=()
 for p in "${packages[@]}"; do

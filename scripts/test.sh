@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds and runs every test twice: a Release build (build/),
-# and a build with AddressSanitizer and UndefinedBehaviorSanitizer (build-sanitize/).
+# and a build with AddressSanitizer and UndefinedBehaviorSanitizer (build-sanitize/); then runs
+# each fuzz target for 20 s (scripts/fuzz.sh, build-fuzz/).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
@@ -16,3 +17,6 @@ cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 cmake --build build-sanitize -j "$jobs"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
+
+# Each fuzz target for a short fixed time (clang, libFuzzer, both sanitizers; build-fuzz/).
+scripts/fuzz.sh 20

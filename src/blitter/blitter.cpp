@@ -156,7 +156,28 @@ void write_back_positions() {
 
 }  // namespace
 
-void blitter_reset() { blitter = blitter_registers{}; }
+uint64_t blit_frame_pixels_left = BLIT_PIXEL_LIMIT;
+
+namespace {
+bool frame_limit_reported;
+}  // namespace
+
+void blit_report_frame_limit() {
+    if (frame_limit_reported) return;
+    frame_limit_reported = true;
+    log_printf("Blitter: this frame's blits reached %llu pixels; the rest of them are not drawn\n",
+               static_cast<unsigned long long>(BLIT_PIXEL_LIMIT));
+}
+
+void blitter_begin_frame() {
+    blit_frame_pixels_left = BLIT_PIXEL_LIMIT;
+    frame_limit_reported = false;
+}
+
+void blitter_reset() {
+    blitter = blitter_registers{};
+    blitter_begin_frame();
+}
 
 blit_region blitter_get_mem_pointer(uint32_t address) {
     const uint32_t a = address & ADDRESS_MASK;

@@ -86,8 +86,12 @@ extern blitter_registers blitter;
 
 inline uint32_t& blitter_reg(uint32_t address) { return blitter.longs[(address - BLITTER_BASE) / 4]; }
 
-// Clears the register block (the graphics chip's registers start at zero).
+// Clears the register block (the graphics chip's registers start at zero) and refills the
+// pixels blits may touch.
 void blitter_reset();
+
+// Starts a frame (the frame scheduler): its blits may touch BLIT_PIXEL_LIMIT pixels again.
+void blitter_begin_frame();
 
 // 32-bit accesses to 0xF02200-0xF0229B. Reads: B_CMD reads 1 (idle); A1_FLAGS, A2_STEP and both
 // halves of B_PATD read 0; the rest are logged as unhandled and read 0. Writes store the long;

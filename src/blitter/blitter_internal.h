@@ -17,13 +17,21 @@ constexpr uint32_t FIXED_ONE = 0x10000;          // 1.0 in 16.16
 constexpr uint32_t RAM_WRAP_MASK = 0x1FFFFF;     // areas in the first 2 MB wrap inside it
 constexpr uint32_t NO_WRAP = 0xFFFFFFFF;
 
-// A blit touches at most this many pixels; a longer one stops after the pixel that reaches it,
-// in the middle of its row, and writes its positions back from there. So the largest blit
-// (65535 rows of 65535 pixels) ends within 2^24 pixels and 65535 rows of work: about a tenth of
-// a second of a current PC on the slowest pixel path. No program asks for more: 2^24 pixels are
-// 218 full 320 x 240 screens in one command, and more than the 2 MB of RAM hold at any pixel
-// size but 1 bit.
-constexpr uint64_t BLIT_PIXEL_LIMIT = 1ull << 24;
+// The blits of one frame touch at most this many pixels together, and so does one blit issued
+// between frames: a blit that reaches the frame's remainder stops after the pixel that reaches
+// it, in the middle of its row, and writes its positions back from there; the frame's later
+// blits draw nothing. So no program, however many blits it asks for (a single one may ask for
+// 65535 rows of 65535 pixels), holds a frame up for more than about 2^22 pixels of work and
+// 65535 rows per blit (about 25 ms on the slowest pixel path). No program needs more: in a
+// frame's 443,000 clocks the chip fills at most about 1.8 million 16-bit or 3.5 million 8-bit
+// pixels in phrase mode; 2^22 are 55 full 320 x 240 screens.
+constexpr uint64_t BLIT_PIXEL_LIMIT = 1ull << 22;
+
+// What this frame's blits may still touch; blitter_begin_frame and blitter_reset refill it.
+extern uint64_t blit_frame_pixels_left;
+
+// Said once per frame, when the frame's pixels run out.
+void blit_report_frame_limit();
 
 struct blit_generator {
     blit_region region;
@@ -110,15 +118,18 @@ inline bool blit_clip_passes() { return blit.a1.xi() < blit.a1.clip_w && blit.a1
 void blit_row_steps(uint32_t cmd);
 
 // Runs the blit's rows: draw_row(n) handles the row's first n pixels (its inner count, fewer
-// only when the blit reaches BLIT_PIXEL_LIMIT, after which it stops without the row steps).
+// only when the frame's pixels run out, after which it stops without the row steps).
 template <class DrawRow>
 void blit_rows(uint32_t cmd, DrawRow&& draw_row) {
-    uint64_t budget = BLIT_PIXEL_LIMIT;
+    uint64_t& budget = blit_frame_pixels_left;
     for (uint32_t row = 0; row < blit.outer; ++row) {
         const uint32_t n = budget < blit.inner ? static_cast<uint32_t>(budget) : blit.inner;
         draw_row(n);
-        if (n < blit.inner) return;
         budget -= n;
+        if (n < blit.inner) {
+            blit_report_frame_limit();
+            return;
+        }
         blit_row_steps(cmd);
     }
 }

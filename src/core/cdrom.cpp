@@ -1,8 +1,6 @@
 // The CD-ROM unit's registers: answers the probes of start-up code, logs everything else.
 #include "core/cdrom.h"
 
-#include <cstdlib>
-
 #include "core/host.h"
 
 namespace {
@@ -20,7 +18,21 @@ constexpr uint16_t DS_DATA_PROBE_ANSWER = 0x170A;
 
 uint16_t data_word;
 
+// The flickering status bit comes from a generator of the unit's own, restarted with the
+// machine, rather than from the process's shared one.
+uint32_t flicker_state = 1;
+
+uint32_t next_flicker_bit() {
+    flicker_state = flicker_state * 1103515245u + 12345u;
+    return (flicker_state >> 16) & 1;
+}
+
 }  // namespace
+
+void cdrom_reset() {
+    data_word = 0;
+    flicker_state = 1;
+}
 
 uint16_t cdrom_read16(uint32_t address) {
     if (address == DS_DATA) return data_word == DS_DATA_PROBE ? DS_DATA_PROBE_ANSWER : data_word;
@@ -32,7 +44,7 @@ uint32_t cdrom_read32(uint32_t address) {
     switch (address) {
         case BUTCH:
             // Code polling this register sees its status bit change from read to read.
-            return (static_cast<uint32_t>(std::rand()) & 1) << 13;
+            return next_flicker_bit() << 13;
         case DSCNTRL:
             return 0;
         case SBCNTRL:

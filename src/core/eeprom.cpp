@@ -2,9 +2,14 @@
 // address, most significant bit first) followed by sixteen data bits for reads and writes.
 #include "core/eeprom.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "core/host.h"
 #include "core/memory.h"
@@ -86,30 +91,80 @@ void decode_command() {
     }
 }
 
-// Writes the 128 bytes to path, least-significant byte of each word first. false on failure,
-// with the message logged; a partly written file is removed.
-bool write_image(const char* path) {
+// The file a save replaces: the configured path, or the file its symbolic links lead to, so that
+// a link keeps pointing at the save rather than being replaced. False, with the reason, when the
+// links cannot be followed.
+bool resolve_links(std::string& target, const char*& reason) {
+    target = eeprom_file_path;
+    for (int hops = 0; hops < 40; ++hops) {
+        struct stat info;
+        if (lstat(target.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return true;
+        char link[PATH_SIZE];
+        const ssize_t n = readlink(target.c_str(), link, sizeof link - 1);
+        if (n < 0) {
+            reason = std::strerror(errno);
+            return false;
+        }
+        link[n] = '\0';
+        const size_t slash = target.rfind('/');
+        target = (link[0] == '/' || slash == std::string::npos) ? std::string(link)
+                                                                : target.substr(0, slash + 1) + link;
+    }
+    reason = "its symbolic links go round in a circle";
+    return false;
+}
+
+bool write_all(int descriptor, const uint8_t* bytes, size_t size) {
+    while (size > 0) {
+        const ssize_t n = write(descriptor, bytes, size);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        bytes += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+// Writes the 128 bytes, least-significant byte of each word first, into a new file beside the
+// target, with the target's permissions (a new save gets the usual ones), flushed to the disk.
+// Returns its descriptor's success; the file is removed on failure.
+bool write_temporary(const std::string& temporary, const struct stat* existing, const char*& reason) {
     uint8_t bytes[EEPROM_SIZE];
     for (uint32_t n = 0; n < EEPROM_WORDS; ++n) {
         const uint16_t word = read_word(n);
         bytes[2 * n] = static_cast<uint8_t>(word);
         bytes[2 * n + 1] = static_cast<uint8_t>(word >> 8);
     }
-    FILE* file = std::fopen(path, "w+b");
-    if (!file) {
-        log_printf("Couldn't save eeprom file %s: cannot create %s (%s).\n", eeprom_file_path, path,
-                   std::strerror(errno));
+    const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor < 0) {
+        reason = std::strerror(errno);
         return false;
     }
-    const bool written = std::fwrite(bytes, 2, EEPROM_WORDS, file) == EEPROM_WORDS &&
-                         std::fflush(file) == 0 && !std::ferror(file);
-    const bool closed = std::fclose(file) == 0;
-    if (!written || !closed) {
-        log_printf("Couldn't save eeprom file %s: writing %s failed.\n", eeprom_file_path, path);
-        std::remove(path);
-        return false;
+    bool ok = true;
+    if (existing) {
+        ok = fchmod(descriptor, existing->st_mode & 07777) == 0;
+        if (fchown(descriptor, existing->st_uid, existing->st_gid) != 0) {
+            // Only the owner's own saves keep their group and owner; nothing else is lost.
+        }
     }
-    return true;
+    ok = ok && write_all(descriptor, bytes, sizeof bytes) && fsync(descriptor) == 0;
+    if (!ok) reason = std::strerror(errno);
+    if (close(descriptor) != 0 && ok) {
+        reason = std::strerror(errno);
+        ok = false;
+    }
+    if (!ok) unlink(temporary.c_str());
+    return ok;
+}
+
+// The rename is on the disk once the folder that holds it is.
+void flush_folder(const std::string& target) {
+    const size_t slash = target.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : target.substr(0, slash);
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    fsync(descriptor);
+    close(descriptor);
 }
 
 }  // namespace
@@ -144,18 +199,41 @@ int eeprom_read_bit() {
     return bit;
 }
 
-// A save must never lose the previous one: the new contents go to a file beside the target,
-// which then replaces it in one rename. Until the rename succeeds the old file is untouched.
+// A save must never lose the previous one: the new contents go to a file in the target's own
+// folder, flushed to the disk, which then replaces the target in one rename. Until the rename
+// succeeds the old file is untouched. The target is the file that symbolic links lead to; what
+// is not a regular file (a device, a FIFO, a directory) is never replaced. A failure stays at
+// the front of the message text until a save succeeds.
 void eeprom_save() {
     if (eeprom_file_path[0] == '\0') {
-        log_printf("Couldn't save eeprom file: no EEPROM file is configured.\n");
+        log_save_failure("Couldn't save eeprom file: no EEPROM file is configured.\n");
         return;
     }
-    char temporary[PATH_SIZE + 8];
-    std::snprintf(temporary, sizeof temporary, "%s.tmp", eeprom_file_path);
-    if (!write_image(temporary)) return;
-    if (std::rename(temporary, eeprom_file_path) != 0) {
-        log_printf("Couldn't save eeprom file %s: %s.\n", eeprom_file_path, std::strerror(errno));
-        std::remove(temporary);
+    std::string target;
+    const char* reason = "";
+    if (!resolve_links(target, reason)) {
+        log_save_failure("Couldn't save eeprom file %s: %s.\n", eeprom_file_path, reason);
+        return;
     }
+    struct stat existing;
+    const bool exists = stat(target.c_str(), &existing) == 0;
+    if (exists && !S_ISREG(existing.st_mode)) {
+        log_save_failure("Couldn't save eeprom file %s: %s is %s, not a regular file, and is left as it is.\n",
+                         eeprom_file_path, target.c_str(), file_kind(target.c_str()));
+        return;
+    }
+    static unsigned saves;
+    const std::string temporary = target + ".saving-" + std::to_string(getpid()) + "-" + std::to_string(++saves);
+    if (!write_temporary(temporary, exists ? &existing : nullptr, reason)) {
+        log_save_failure("Couldn't save eeprom file %s: writing %s failed (%s).\n", eeprom_file_path,
+                         temporary.c_str(), reason);
+        return;
+    }
+    if (std::rename(temporary.c_str(), target.c_str()) != 0) {
+        log_save_failure("Couldn't save eeprom file %s: %s.\n", eeprom_file_path, std::strerror(errno));
+        unlink(temporary.c_str());
+        return;
+    }
+    flush_folder(target);
+    log_save_succeeded();
 }

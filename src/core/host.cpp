@@ -1,13 +1,19 @@
 // The six exported functions, start-up and shut-down, image loading and the message sink.
 #include "core/host.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include "core/cdrom.h"
+#include "core/eeprom.h"
 #include "core/memory.h"
+#include "core/scheduler.h"
 #include "core/sound.h"
 #include "core/video.h"
 #include "m68k/m68k.h"
@@ -24,12 +30,73 @@ vemo_frame_info core_frame_info;
 bool machine_started;
 log_observer_fn log_observer;
 
+namespace {
+
+// Length of the failed-save message held at the front of log_text; 0 when there is none.
+size_t sticky_length;
+// The failed-save message never takes more than this, so later messages keep room after it.
+constexpr size_t STICKY_ROOM = LOG_TEXT_SIZE * 3 / 4;
+
+}  // namespace
+
+uint32_t log_count;
+
+namespace {
+// Messages formatted in the current frame. Formatting costs far more than the emulation that
+// asks for it: a program whose GPU and DSP write an unhandled register in a loop would log
+// 300,000 messages a frame and run a hundred times slower. Past the limit a frame's messages are
+// counted but not formatted, and the text says so.
+uint32_t frame_messages;
+}  // namespace
+
+void log_begin_frame() { frame_messages = 0; }
+
 void log_printf(const char* format, ...) {
+    ++log_count;
+    if (++frame_messages > LOG_FRAME_LIMIT) {
+        if (frame_messages == LOG_FRAME_LIMIT + 1)
+            std::snprintf(log_text + sticky_length, sizeof log_text - sticky_length,
+                          "More than %u messages in one frame: the rest of this frame's are not shown.\n",
+                          LOG_FRAME_LIMIT);
+        return;
+    }
     va_list args;
     va_start(args, format);
-    std::vsnprintf(log_text, sizeof log_text, format, args);
+    std::vsnprintf(log_text + sticky_length, sizeof log_text - sticky_length, format, args);
     va_end(args);
     if (log_observer) log_observer(log_text);
+}
+
+void log_save_failure(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(log_text, STICKY_ROOM, format, args);
+    va_end(args);
+    sticky_length = std::strlen(log_text);
+}
+
+void log_save_succeeded() {
+    if (sticky_length == 0) return;
+    std::memmove(log_text, log_text + sticky_length, std::strlen(log_text + sticky_length) + 1);
+    sticky_length = 0;
+}
+
+void log_clear() {
+    std::memset(log_text, 0, sizeof log_text);
+    sticky_length = 0;
+    frame_messages = 0;
+}
+
+const char* file_kind(const char* path) {
+    struct stat info;
+    if (stat(path, &info) != 0) return nullptr;
+    if (S_ISREG(info.st_mode)) return nullptr;
+    if (S_ISDIR(info.st_mode)) return "a directory";
+    if (S_ISFIFO(info.st_mode)) return "a FIFO";
+    if (S_ISCHR(info.st_mode)) return "a character device";
+    if (S_ISBLK(info.st_mode)) return "a block device";
+    if (S_ISSOCK(info.st_mode)) return "a socket";
+    return "not a file";
 }
 
 void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width) {
@@ -39,12 +106,20 @@ void set_row_timing(int row, int32_t pixel_divisor, int32_t active_width) {
 }
 
 load_result load_file(const char* path, uint8_t* destination, uint32_t capacity, long* file_size) {
-    FILE* file = std::fopen(path, "rb");
-    if (!file) return LOAD_FAILED;
-    // Only a regular file has a length to read (a directory opens, but holds no image).
+    // Only a regular file has a length to read. Its kind is checked before it is opened, and it
+    // is opened without waiting, so that a FIFO or a device never holds start-up up; the check
+    // is made again on what was opened, in case the path changed in between.
+    if (file_kind(path)) return LOAD_NOT_A_FILE;
+    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) return LOAD_FAILED;
     struct stat info;
-    if (fstat(fileno(file), &info) != 0 || !S_ISREG(info.st_mode)) {
-        std::fclose(file);
+    if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+        close(descriptor);
+        return LOAD_NOT_A_FILE;
+    }
+    FILE* file = fdopen(descriptor, "rb");
+    if (!file) {
+        close(descriptor);
         return LOAD_FAILED;
     }
     long length = -1;
@@ -77,14 +152,15 @@ void write_reset_vectors(uint32_t stack, uint32_t start) {
     ws_write32(main_ram, 4, start);
 }
 
-// Loads an image into the space that holds it, converted to the word-swapped order. An image
-// that cannot be read is reported with the machine's own message; one larger than its space is
-// refused with a message naming the file and both sizes.
-bool load_image(const char* path, uint8_t* destination, uint32_t capacity, uint8_t* swap_start,
-                uint32_t swap_length, const char* unreadable_message, const char* image_name,
-                const char* space_name) {
+// Loads an image at `offset` of `buffer`, which has `capacity` bytes from there, converted to
+// the word-swapped order. An image that cannot be read is reported with the machine's own
+// message; one larger than its space is refused with a message naming the file and both sizes.
+// Only the words the image touched are swapped: the rest of the buffer holds its fill, which
+// reads the same in either order.
+bool load_image(const char* path, uint8_t* buffer, uint32_t offset, uint32_t capacity,
+                const char* unreadable_message, const char* image_name, const char* space_name) {
     long size = 0;
-    switch (load_file(path, destination, capacity, &size)) {
+    switch (load_file(path, buffer + offset, capacity, &size)) {
         case LOAD_FAILED:
             log_printf(unreadable_message, path);
             return false;
@@ -92,16 +168,22 @@ bool load_image(const char* path, uint8_t* destination, uint32_t capacity, uint8
             log_printf("%s %s is %ld bytes, more than the %u bytes of %s.\n", image_name, path, size,
                        capacity, space_name);
             return false;
+        case LOAD_NOT_A_FILE:
+            log_printf("%s %s is %s, not a regular file.\n", image_name, path,
+                       file_kind(path) ? file_kind(path) : "not a regular file any more");
+            return false;
         case LOAD_OK:
             break;
     }
-    swap_bytes(swap_start, static_cast<int32_t>(swap_length));
+    const uint32_t first = offset & ~1u;
+    const uint32_t end = (offset + static_cast<uint32_t>(size) + 1) & ~1u;
+    swap_bytes(buffer + first, static_cast<int32_t>(end - first));
     return true;
 }
 
 bool load_cartridge(const char* path) {
-    return load_image(path, cart_rom, CART_ROM_SIZE, cart_rom, CART_ROM_SIZE,
-                      "Couldn't load rom file %s.\n", "Cartridge image", "cartridge space");
+    return load_image(path, cart_rom, 0, CART_ROM_SIZE, "Couldn't load rom file %s.\n", "Cartridge image",
+                      "cartridge space");
 }
 
 bool load_program_image(const char* path, uint32_t load_address) {
@@ -112,37 +194,77 @@ bool load_program_image(const char* path, uint32_t load_address) {
     }
     char space[64];
     std::snprintf(space, sizeof space, "RAM from its load address %08X", load_address);
-    return load_image(path, main_ram + load_address, MAIN_RAM_SIZE - load_address, main_ram,
-                      MAIN_RAM_SIZE, "Couldn't load bin file %s.\n", "Program image", space);
+    return load_image(path, main_ram, load_address, MAIN_RAM_SIZE - load_address,
+                      "Couldn't load bin file %s.\n", "Program image", space);
 }
 
 bool load_boot_rom(const char* path) {
-    return load_image(path, boot_rom, BOOT_ROM_SIZE, boot_rom, BOOT_ROM_SIZE,
-                      "Couldn't load boot rom file %s\n", "Boot ROM image", "boot ROM space");
+    return load_image(path, boot_rom, 0, BOOT_ROM_SIZE, "Couldn't load boot rom file %s\n",
+                      "Boot ROM image", "boot ROM space");
 }
 
-// A missing or unreadable EEPROM file is no error: the cartridge starts with a blank EEPROM. A
-// shorter file fills the words it has; a longer one gives its first 128 bytes.
-void load_eeprom(const char* path) {
+// The save file is read in both modes, so that a save is never written over one that was not
+// read. A missing file (or no path) is a blank EEPROM, and a shorter file fills the words it
+// has. Anything that could not be saved over without losing data is refused: a file that
+// exists but cannot be read, one longer than the EEPROM, or no regular file at all.
+bool load_eeprom(const char* path) {
+    if (path[0] == '\0') return true;
     long size = 0;
-    if (load_file(path, reinterpret_cast<uint8_t*>(eeprom_image), EEPROM_SIZE, &size) == LOAD_TOO_LARGE)
-        log_printf("EEPROM file %s is %ld bytes; only its first %u were loaded.\n", path, size,
-                   EEPROM_SIZE);
+    struct stat info;
+    if (stat(path, &info) != 0 && errno == ENOENT) return true;
+    switch (load_file(path, reinterpret_cast<uint8_t*>(eeprom_image), EEPROM_SIZE, &size)) {
+        case LOAD_OK:
+            return true;
+        case LOAD_TOO_LARGE:
+            log_printf("EEPROM file %s is %ld bytes, more than the %u of the EEPROM: it is no save of "
+                       "this machine, and a save would cut it.\n", path, size, EEPROM_SIZE);
+            break;
+        case LOAD_NOT_A_FILE:
+            log_printf("EEPROM file %s is %s, not a regular file.\n", path,
+                       file_kind(path) ? file_kind(path) : "not a regular file any more");
+            break;
+        case LOAD_FAILED:
+            log_printf("EEPROM file %s cannot be read (%s), and a save would replace it.\n", path,
+                       std::strerror(errno));
+            break;
+    }
+    std::memset(eeprom_image, 0, EEPROM_SIZE);
+    return false;
+}
+
+// Releases the machine's buffers and everything that points into them.
+void machine_release() {
+    machine_started = false;
+    memory_release();
+    op_line_buffer = nullptr;  // it pointed into the frame buffer
+}
+
+// A start gives exactly the machine a first start in a fresh process gives, whatever ran
+// before it (shut down or not, started or refused): nothing of an earlier machine survives:
+// its chips' registers, the EEPROM's serial state, the row timing, the last message. The
+// controller slots are kept: they hold the front-end's input, which it may store before
+// vemo_init, not the machine's state.
+void machine_forget() {
+    machine_release();
+    log_clear();
+    core_frame_info = vemo_frame_info{};
+    sound_reset();
+    eeprom_reset();
+    cdrom_reset();
+    video_reset();
+    scheduler_reset();
 }
 
 }  // namespace
 
 extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
+    machine_forget();
     if (!config) {
         log_printf("vemo_init was given no configuration.\n");
         return 0;
     }
     std::memcpy(&core_config, config, sizeof core_config);
 
-    // Starting again without a shut-down first releases the previous machine instead of
-    // leaking it.
-    machine_started = false;
-    memory_release();
     if (!memory_allocate()) {
         log_printf("Couldn't allocate the machine's memory.\n");
         return 0;
@@ -167,8 +289,8 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
         if (!load_program_image(working_path, load_address)) return 0;
     } else {
         if (!load_cartridge(working_path)) return 0;
-        load_eeprom(core_config.eeprom_path);
     }
+    if (!load_eeprom(core_config.eeprom_path)) return 0;
     std::memcpy(eeprom_file_path, core_config.eeprom_path, PATH_SIZE);
 
     if (core_config.use_boot_rom) {
@@ -178,12 +300,17 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
 
     // The 68000 takes its stack pointer and start address from RAM offsets 0 and 4. In program
     // mode the stack starts at the very top of RAM (an odd value, kept as the machine has it).
-    if (program_mode)
+    if (program_mode) {
         write_reset_vectors(0x001FFFFF, load_address);
-    else if (core_config.use_boot_rom)
+        if (load_address < 8)
+            log_printf("Program image %s at load address %08X lies under the 68000's reset vectors "
+                       "(addresses 0 to 7): its bytes there are replaced by them.\n",
+                       core_config.rom_path, load_address);
+    } else if (core_config.use_boot_rom) {
         write_reset_vectors(0x001FFFFC, 0x00E00008);
-    else
+    } else {
         write_reset_vectors(0x001FFFFC, 0x00802000);
+    }
 
     video_reset();
     if (!m68k_setup()) {
@@ -197,11 +324,7 @@ extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
     return 1;
 }
 
-extern "C" VEMO_API void vemo_shutdown(void) {
-    machine_started = false;
-    memory_release();
-    op_line_buffer = nullptr;  // it pointed into the frame buffer
-}
+extern "C" VEMO_API void vemo_shutdown(void) { machine_release(); }
 
 extern "C" VEMO_API void vemo_set_joypad_state(int32_t slot, const vemo_joypad* state) {
     // Only two controller slots exist; anything else is ignored.

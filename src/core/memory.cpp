@@ -1,6 +1,7 @@
 #include "core/memory.h"
 
 #include <cstdlib>
+#include <cstring>
 
 uint8_t* main_ram;
 uint8_t* gpu_ram;
@@ -61,8 +62,9 @@ void memory_release() {
 
 void swap_bytes(uint8_t* buffer, int32_t length) {
     for (int32_t i = 0; i + 1 < length; i += 2) {
-        uint8_t t = buffer[i];
-        buffer[i] = buffer[i + 1];
-        buffer[i + 1] = t;
+        uint16_t w;
+        std::memcpy(&w, buffer + i, 2);
+        w = static_cast<uint16_t>(w << 8 | w >> 8);
+        std::memcpy(buffer + i, &w, 2);
     }
 }

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "blitter/blitter.h"
 #include "core/host.h"
 #include "core/memory.h"
 #include "core/sound.h"
@@ -63,7 +64,22 @@ bool line_is_displayed(int line) {
     return (line & 1) == 0 && line >= video.vdb && line < video.vde;
 }
 
+// A 68000 whose program counter left every memory that holds code (RAM, cartridge, boot ROM)
+// stops there for good, and nothing else would tell: the first slice that finds it so says so,
+// once per start of the machine.
+bool m68k_stop_reported;
+
+void run_m68k_slice() {
+    // m68k_run_slice is m68k_execute, or its traced form while a 68000 trace is on.
+    if (m68k_run_slice(M68K_SLICE_CYCLES) != M68K_NO_FETCH_REGION || m68k_stop_reported) return;
+    m68k_stop_reported = true;
+    log_printf("68000 stopped at %08X: no code can be there (code runs from RAM, the cartridge or the "
+               "boot ROM)\n", m68k_get_pc());
+}
+
 }  // namespace
+
+void scheduler_reset() { m68k_stop_reported = false; }
 
 extern "C" VEMO_API int32_t vemo_run_frame(void) {
     if (!machine_started) {
@@ -72,12 +88,14 @@ extern "C" VEMO_API int32_t vemo_run_frame(void) {
     }
     if (core_config.audio_enable) place_frame_ticks();
     sound_begin_frame();
+    blitter_begin_frame();
+    log_begin_frame();
 
     for (int line = 0; line < LINES_PER_FRAME; ++line) {
         video.vc = static_cast<uint16_t>(line);
         video.hc = 0;
         for (int slice = 0; slice < SLICES_PER_LINE; ++slice) {
-            m68k_run_slice(M68K_SLICE_CYCLES);  // m68k_execute, or its traced form
+            run_m68k_slice();
             if (!gpu_execute(GPU_SLICE_CYCLES)) return 0;
             video.hc = static_cast<uint16_t>(HC_SLICE_STEP * slice);
         }

@@ -43,3 +43,6 @@ int scheduler_dsp_interrupt_for(uint8_t mark);
 // The end of a line: the video-line interrupt when `line` equals VI, then one line of the
 // video timer.
 void scheduler_end_line(uint16_t line);
+
+// Forgets what an earlier machine's frames reported (vemo_init).
+void scheduler_reset();

@@ -121,6 +121,11 @@ void sound_begin_frame() {
     right_overflow_reported = false;
 }
 
+void sound_reset() {
+    sound = sound_registers{};
+    sound_begin_frame();
+}
+
 uint16_t joypad_read_joystick(uint16_t latch) {
     const int row = selected_row(latch);
     return row < 0 ? 0xFFFF : read_row(JOYSTICK_MATRIX[row]);

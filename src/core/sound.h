@@ -5,7 +5,6 @@
 // Offers: the sound-chip state read by the frame scheduler and vemo_get_frame_info, the five
 // access functions the bus calls, the controller decode. Needs: the EEPROM (eeprom.h), the
 // controller slots (host.h), the DSP control block (dsp.h), log_printf.
-// The state here is not reset by vemo_init: it keeps its load-time values for the process.
 #pragma once
 
 #include <cstdint>
@@ -40,6 +39,10 @@ extern sound_registers sound;
 
 // Starts a frame's sample collection: both buffers fill again from their first sample.
 void sound_begin_frame();
+
+// Puts every register back to its power-on value (vemo_init): a new machine never sees the
+// timers, audio rate or controller latch that an earlier one set.
+void sound_reset();
 
 uint16_t joypad_read_joystick(uint16_t latch);
 uint16_t joypad_read_buttons(uint16_t latch);

@@ -38,6 +38,13 @@ extern uint32_t op_rmw_stage_colours[OP_ROW_STAGE_SIZE];
 
 // Entry i = i / 32: HSCALE and VSCALE as factors (32 means 1.0).
 extern float op_scale_table[256];
+// Works out the scaled renderers' per-factor values from op_scale_table (op_init).
+void op_prepare_scaling();
+
+// The work done on the current line, counted by the walker (objects read, unscaled pixels
+// drawn) and the scaled renderers (pixels drawn); the walker ends a line that exceeds its
+// bound.
+extern int32_t op_line_work;
 
 // The width the renderers clip against, limited to the row: the registers can give a negative
 // width or one wider than the 1024 cells.

@@ -8,14 +8,25 @@
 #include "core/memory.h"
 #include "core/video.h"
 #include "objproc/objproc.h"
-#include "objproc/renderers.h"
+#include "objproc/pixels.h"
 #include "risc/gpu.h"
 
 namespace {
 
-// A list whose links form a cycle without a stop object would never end. Real lists hold a few
-// hundred objects at most; past this many, the line ends with a message.
-constexpr int OP_MAX_OBJECTS_PER_LINE = 2048;
+// The work of one line is bounded, so that no list (links that form a cycle without a stop
+// object, or thousands of full-width objects) can hold a frame up. Work counts the pixels read
+// and written: a cell drawn is a source pixel read and a cell written (2), a read-modify-write
+// cell also reads the cell (3); every phrase of the list read counts 8, every message logged
+// 512. The bound of 8192 lets a line draw 4096 pixels, a dozen full-width layers of a 320-pixel
+// screen, or walk 512 bitmap objects: more than the chip can in the 1688 clocks it has for a
+// row, moving at most about a phrase or two pixels per clock. A line that reaches the bound ends
+// there, the rest of its list not drawn; a frame of such lines takes about ten to twenty times
+// an idle frame.
+constexpr int32_t OP_PHRASE_WORK = 8;
+// A message costs about as much as drawing a few hundred pixels: an object that logs one
+// (DATA where no memory is, a depth without a renderer, FIRSTPIX) counts it too.
+constexpr int32_t OP_MESSAGE_WORK = 512;
+constexpr int32_t OP_LINE_WORK_LIMIT = 8192;
 
 enum op_object_type { OBJ_BITMAP = 0, OBJ_SCALED = 1, OBJ_GPU = 2, OBJ_BRANCH = 3, OBJ_STOP = 4 };
 
@@ -64,6 +75,17 @@ constexpr renderer scaled_renderers[8] = {op_draw_scaled_1bit, op_draw_scaled_2b
                                           op_draw_scaled_4bit, op_draw_scaled_8bit,
                                           op_draw_scaled_16bit, nullptr, nullptr, nullptr};
 
+// The pixels an unscaled object draws on this line: its run on the row, when its row falls here.
+int32_t unscaled_pixels(const op_object& o, int line) {
+    const int32_t r = line / 2 - o.ypos / 2;
+    if (r < 0 || r > 256 || r >= o.height) return 0;
+    op_pixels::run_placement p;
+    if (!op_pixels::place_run(o.xpos, o.iwidth * (64 >> o.depth), op_clip_width(),
+                              o.flags & OP_FLAG_REFLECT, p))
+        return 0;
+    return p.end - p.start;
+}
+
 void draw_bitmap_object(uint32_t a, uint64_t p0, int line) {
     op_object o = decode_object(p0, read_list_phrase(a + 8));
     // An object that begins above the displayed range is drawn as if it began at VDB.
@@ -73,6 +95,7 @@ void draw_bitmap_object(uint32_t a, uint64_t p0, int line) {
         log_printf("Object Processor: Unhandled bit-depth %d\n", o.depth);
         return;
     }
+    op_line_work += unscaled_pixels(o, line) * ((o.flags & OP_FLAG_RMW) ? 3 : 2);
     draw(&o, line);
 }
 
@@ -108,6 +131,28 @@ bool branch_taken(uint64_t p0, int line) {
     }
 }
 
+// The line's work so far, the messages its objects logged included.
+int32_t line_work_with_messages(uint32_t messages_before) {
+    const uint32_t messages = std::min<uint32_t>(log_count - messages_before, OP_LINE_WORK_LIMIT / OP_MESSAGE_WORK);
+    return op_line_work + static_cast<int32_t>(messages) * OP_MESSAGE_WORK;
+}
+
+// Phrases read per object type: a bitmap has two, a scaled bitmap three, the others one.
+constexpr int32_t PHRASES_READ[8] = {2, 3, 1, 1, 1, 1, 1, 1};
+
+// A cut line is reported once per frame: lines run upwards through a frame, so a line at or
+// above the previous one starts a new frame.
+int previous_line = -1;
+bool cut_reported;
+
+void report_cut_line(int line) {
+    if (cut_reported) return;
+    cut_reported = true;
+    log_printf("Object Processor: the object list at %08X needs more than the %d units of work one "
+               "line allows on line %d; the rest of its objects are not drawn there\n",
+               video.olp, OP_LINE_WORK_LIMIT, line);
+}
+
 void fill_background(uint32_t* row) {
     // The 16-bit width read unsigned is very large when HDE lies below HDB1: the fill then stops
     // at the row's end.
@@ -117,13 +162,22 @@ void fill_background(uint32_t* row) {
 
 }  // namespace
 
+int32_t op_line_work;
+
 int32_t op_clip_width() { return std::clamp<int32_t>(op_line_width, 0, FRAME_PITCH); }
 
 void op_init() {
     for (int i = 0; i < 256; ++i) op_scale_table[i] = static_cast<float>(i * 0.03125);
+    op_prepare_scaling();
+    op_line_width = 320;
+    op_line_width16 = 320;
+    previous_line = -1;
+    cut_reported = false;
 }
 
 int op_process_line(int line) {
+    if (line <= previous_line) cut_reported = false;
+    previous_line = line;
     const int d = line - static_cast<int>(video.vdb);
     if (d < 0 || d > 2 * static_cast<int>(FRAME_ROWS) - 1) return 1;  // row d / 2 must exist
     if (!frame_buffer || !main_ram) return 1;
@@ -139,10 +193,12 @@ int op_process_line(int line) {
     if (video.vmode & 0x80) fill_background(op_line_buffer);
 
     uint32_t address = video.olp;
-    for (int visited = 0; visited < OP_MAX_OBJECTS_PER_LINE; ++visited) {
+    const uint32_t messages_before = log_count;
+    for (op_line_work = 0; line_work_with_messages(messages_before) < OP_LINE_WORK_LIMIT;) {
         const uint32_t a = address & OBJECT_ADDRESS_MASK;
         if (a == 0) return 1;
         const uint64_t p0 = read_list_phrase(a);
+        op_line_work += PHRASES_READ[p0 & 7] * OP_PHRASE_WORK;
         const uint32_t link = bits(p0, 24, 19) * 8;
         switch (p0 & 7) {
             case OBJ_BITMAP:
@@ -171,7 +227,6 @@ int op_process_line(int line) {
                 return 0;
         }
     }
-    log_printf("Object Processor: the object list at %08X did not end within %d objects on line %d\n",
-               video.olp, OP_MAX_OBJECTS_PER_LINE, line);
+    report_cut_line(line);
     return 1;
 }

@@ -47,7 +47,7 @@ protected:
         build_colour_tables();
         video_reset();
         blit_use_runs = true;
-        log_text[0] = 0;
+        log_clear();
     }
     void TearDown() override {
         blit_use_runs = true;

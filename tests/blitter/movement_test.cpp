@@ -183,7 +183,8 @@ TEST_F(BlitterTest, SecondBlitContinuesWhereTheFirstStopped) {
     EXPECT_EQ(shown(3), (std::vector<std::string>{"##..............", "..##............", "....#..........."}));
 }
 
-// No rows: nothing happens. Rows of no pixels still step. A huge blit stops after 2^24 pixels.
+// No rows: nothing happens. Rows of no pixels still step. A huge blit stops after 2^22 pixels,
+// and the frame's later blits draw nothing until the next frame.
 TEST_F(BlitterTest, EmptyAndHugeBlitsEndWithDefinedPositions) {
     set(A1_FPIXEL, 0);
     a1({DST, flags(BITS8, W64, XADD0)});
@@ -198,15 +199,25 @@ TEST_F(BlitterTest, EmptyAndHugeBlitsEndWithDefinedPositions) {
     EXPECT_EQ(blitter_reg(A1_PIXEL), xy(0, 3));
     EXPECT_EQ(get8(DST, 4 * 64), std::vector<uint8_t>(4 * 64, 0));
 
-    // 65535 rows of 65535 pixels, each row on one pixel of column 0: 256 rows and 256 pixels of
-    // row 256 make 2^24, and there the blit ends.
+    // 65535 rows of 65535 pixels, each row on one pixel of column 0: 64 rows and 64 pixels of
+    // row 64 make 2^22, and there the blit ends.
     a1({DST, flags(BITS8, W64, XADD0)});
     count(0xFFFF, 0xFFFF);
+    log_text[0] = '\0';
     run(PATDSEL | UPDA1);
-    EXPECT_EQ(blitter_reg(A1_PIXEL), xy(0, 256));
-    EXPECT_EQ(bus_read8(DST + 256 * 64), 0xFF);
-    EXPECT_EQ(bus_read8(DST + 257 * 64), 0);
+    EXPECT_EQ(blitter_reg(A1_PIXEL), xy(0, 64));
+    EXPECT_EQ(bus_read8(DST + 64 * 64), 0xFF);
+    EXPECT_EQ(bus_read8(DST + 65 * 64), 0);
     EXPECT_EQ(bus_read32(B_CMD), 1u);
+    EXPECT_NE(std::strstr(log_text, "this frame's blits reached 4194304 pixels"), nullptr) << log_text;
+
+    a1({DST + 0x8000, flags(BITS8, W64)});  // the frame has no pixels left
+    count(1, 8);
+    run(PATDSEL | UPDA1);
+    EXPECT_EQ(bus_read8(DST + 0x8000), 0);
+    blitter_begin_frame();  // the next frame's do
+    run(PATDSEL | UPDA1);
+    EXPECT_EQ(bus_read8(DST + 0x8000), 0xFF);
 }
 
 // Random blits near the edges of RAM and GPU RAM, each run twice from the same state: with

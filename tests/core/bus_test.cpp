@@ -17,7 +17,7 @@ class Bus : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(memory_allocate());
-        log_text[0] = 0;
+        log_clear();
     }
     void TearDown() override {
         op_line_buffer = nullptr;

@@ -117,19 +117,35 @@ TEST_F(CartridgeFrames, EepromSavesSurviveRestartingTheLibraryAndTheProcess) {
     EXPECT_EQ(bus_read16(COUNT_WRITTEN), 4);
 }
 
-TEST_F(CartridgeFrames, EepromFileLoadsWhatItHasAndAtMost128Bytes) {
+// A shorter save file fills the words it has; a longer one is no save of this machine and is
+// refused, untouched, rather than cut by the next save.
+TEST_F(CartridgeFrames, EepromFileLoadsWhatItHasAndALongerOneIsRefusedUntouched) {
     write_file(save.string(), {0x29, 0x00, 0x78, 0x56});
     start("cart_eeprom_counter");
     EXPECT_EQ(eeprom_image[1], 0x5678);
     EXPECT_EQ(eeprom_image[2], 0);
     vemo_shutdown();
-    std::vector<uint8_t> long_file(300, 0x11);
-    long_file[126] = 0x22;
-    long_file[128] = 0x33;
+    const std::vector<uint8_t> long_file(300, 0x11);
     write_file(save.string(), long_file);
-    start("cart_eeprom_counter");
-    EXPECT_EQ(eeprom_image[63], 0x1122);
-    EXPECT_TRUE(logged("only its first 128"));
+    const vemo_config config = config_for("cart_eeprom_counter");
+    EXPECT_EQ(vemo_init(&config), 0);
+    EXPECT_TRUE(logged("is 300 bytes, more than the 128 of the EEPROM"));
+    EXPECT_EQ(read_file(save), long_file);
+}
+
+// A program placed in RAM reads its save too: it counts on from the saved count instead of
+// writing 1 over it.
+TEST_F(CartridgeFrames, ProgramModeReadsTheSaveBeforeWritingIt) {
+    write_file(save.string(), {0x05, 0x00});
+    vemo_config config = config_for("cart_eeprom_counter");
+    std::snprintf(config.rom_path, sizeof config.rom_path, "%s/cart_eeprom_counter.bin", VEMO_PROGRAM_DIR);
+    config.load_program = 1;
+    config.load_address = 0x4000;
+    for (uint8_t count = 6; count <= 7; ++count) {
+        ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+        run_frames(1);
+        EXPECT_EQ(read_file(save)[0], count);
+    }
 }
 
 // Timer 1 with prescaler 0 is stopped whatever its divider; timer 2 at 1038 Hz ticks 17 times.
@@ -147,6 +163,30 @@ TEST_F(CartridgeFrames, AudioAndTimerTicksArePlacedOnlyForRunningSources) {
     ASSERT_EQ(timer2.size(), 17u);
     EXPECT_EQ(timer2.front(), 30);
     EXPECT_EQ(sound.audio_left_count, 0u);  // a frame's sample counts start from zero
+}
+
+// A 68000 that jumps where no code can be, or that runs off an empty cartridge (all ones: an
+// unimplemented instruction whose vector in RAM is all ones too), stops for good; the first
+// frame that finds it so says where, once per start.
+TEST_F(CartridgeFrames, A68000StoppedWhereNoCodeCanBeIsReportedOncePerStart) {
+    const struct { std::vector<uint8_t> code; const char* message; } cases[] = {
+        {{0x4E, 0xF9, 0x00, 0xF0, 0x00, 0x00}, "68000 stopped at 00F00000: no code can be there"},  // jmp $F00000
+        {{}, "68000 stopped at 00FFFFFF: no code can be there"},
+    };
+    for (const auto& c : cases) {
+        std::vector<uint8_t> image(0x2000, 0);
+        image.insert(image.end(), c.code.begin(), c.code.end());
+        vemo_config config = config_for("cart_frame_counter");
+        std::snprintf(config.rom_path, sizeof config.rom_path, "%s", write_file((save.parent_path() / "stop.j64").string(), image).c_str());
+        for (int start = 0; start < 2; ++start) {
+            ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+            run_frames(1);
+            EXPECT_TRUE(logged(c.message));
+            clear_message();
+            run_frames(1);
+            EXPECT_STREQ(vemo_get_error_string(), "");
+        }
+    }
 }
 
 TEST_F(CartridgeFrames, RunFrameBeforeInitOrAfterAFailedStartIsRefused) {

@@ -19,7 +19,7 @@
 using test_support::read_file;
 using test_support::write_file;  // an absolute path is used as it is
 
-inline void clear_message() { log_text[0] = '\0'; }
+inline void clear_message() { log_clear(); }
 inline testing::AssertionResult logged(const std::string& part) {
     if (std::string(log_text).find(part) != std::string::npos) return testing::AssertionSuccess();
     return testing::AssertionFailure() << "last message: " << log_text;

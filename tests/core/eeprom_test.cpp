@@ -1,5 +1,11 @@
 // The EEPROM driven the way a program drives it: bits clocked in through 0xF14800, clocked out
 // through bit 0 of 0xF14000, the interface reset by reading 0xF15000; and the file it saves.
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <csignal>
+
 #include "chip_test_support.h"
 
 namespace {
@@ -56,14 +62,48 @@ TEST_F(Eeprom, AWrittenWordReadsBackAndWriteDisableSavesAll128BytesLowByteFirst)
     EXPECT_EQ(dsp_read32(JOYSTICK) & 0x10000u, 0u);
 }
 
-TEST_F(Eeprom, AFailedSaveLeavesThePreviousFileAsItWasAndSaysWhy) {
+// Writes of more than `bytes` to a file fail while it lives, for root too.
+struct file_size_limit {
+    rlimit saved{};
+    explicit file_size_limit(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &saved);
+        rlimit limited = saved;
+        limited.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~file_size_limit() { setrlimit(RLIMIT_FSIZE, &saved); }
+};
+
+std::vector<std::string> folder_entries(const std::filesystem::path& dir) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// A failed save leaves the previous file and says why; the message stays at the front of the
+// text, whatever is logged after it, until a save succeeds.
+TEST_F(Eeprom, AFailedSaveLeavesThePreviousFileAndStaysInTheMessageUntilASaveSucceeds) {
     const std::vector<uint8_t> previous(128, 0x5A);
     write_file(save.string(), previous);
-    std::filesystem::create_directory(save.string() + ".tmp");  // the new copy cannot be written
     eeprom_image[0] = 0x1234;
-    command(WRITE_DISABLE);
+    {
+        file_size_limit limit(64);
+        command(WRITE_DISABLE);
+    }
     EXPECT_EQ(read_file(save), previous);
-    EXPECT_TRUE(logged("Couldn't save eeprom file " + save.string()));
+    EXPECT_EQ(folder_entries(save.parent_path()), std::vector<std::string>{"game.eep"});  // nothing left behind
+    const std::string failure = log_text;
+    EXPECT_EQ(failure.rfind("Couldn't save eeprom file " + save.string() + ": writing ", 0), 0u) << failure;
+    dsp_read16(0xF10010);  // an unhandled register: its message follows the failure
+    EXPECT_EQ(std::string(log_text), failure + "DSP Read16 from 00F10010\n");
+    dsp_read16(0xF10012);
+    EXPECT_EQ(std::string(log_text), failure + "DSP Read16 from 00F10012\n");
+
+    command(WRITE_DISABLE);  // this one succeeds: the failure is over
+    EXPECT_EQ(read_file(save)[0], 0x34);
+    EXPECT_STREQ(log_text, "DSP Read16 from 00F10012\n");
 
     for (const std::string& unusable : {std::string(), (save.parent_path() / "missing" / "x.eep").string()}) {
         clear_message();
@@ -71,6 +111,46 @@ TEST_F(Eeprom, AFailedSaveLeavesThePreviousFileAsItWasAndSaysWhy) {
         command(WRITE_DISABLE);
         EXPECT_TRUE(logged("Couldn't save eeprom file")) << unusable;
     }
+    clear_message();
+}
+
+// A save updates the file a symbolic link leads to and keeps its permissions; what is not a
+// regular file is never replaced.
+TEST_F(Eeprom, SavesFollowLinksKeepPermissionsAndLeaveDevicesAlone) {
+    const auto dir = save.parent_path();
+    const auto real = dir / "saves" / "real.eep";
+    std::filesystem::create_directories(real.parent_path());
+    write_file(real.string(), std::vector<uint8_t>(128, 0));
+    std::filesystem::permissions(real, std::filesystem::perms(0640));
+    std::filesystem::create_symlink("saves/real.eep", save);  // relative to the link's folder
+    eeprom_image[1] = 0xBEEF;
+    command(WRITE_DISABLE);
+    EXPECT_TRUE(std::filesystem::is_symlink(save));
+    EXPECT_EQ(read_file(real.string())[2], 0xEF);
+    EXPECT_EQ(std::filesystem::status(real).permissions(), std::filesystem::perms(0640));
+    EXPECT_EQ(folder_entries(real.parent_path()), std::vector<std::string>{"real.eep"});
+    EXPECT_STREQ(log_text, "");
+
+    const auto dangling = dir / "dangling.eep";  // a link to a save not written yet
+    std::filesystem::create_symlink(dir / "first.eep", dangling);
+    std::snprintf(eeprom_file_path, PATH_SIZE, "%s", dangling.c_str());
+    command(WRITE_DISABLE);
+    EXPECT_TRUE(std::filesystem::is_symlink(dangling));
+    EXPECT_EQ(read_file((dir / "first.eep").string()).size(), 128u);
+
+    // A device node of the scratch folder's own (a second /dev/null), a FIFO and a folder.
+    const auto device = dir / "null.eep", fifo = dir / "pipe.eep";
+    ASSERT_EQ(mknod(device.c_str(), S_IFCHR | 0666, makedev(1, 3)), 0);
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    for (const std::string& path : {device.string(), fifo.string(), dir.string()}) {
+        clear_message();
+        std::snprintf(eeprom_file_path, PATH_SIZE, "%s", path.c_str());
+        command(WRITE_DISABLE);
+        EXPECT_TRUE(logged("not a regular file, and is left as it is")) << path;
+    }
+    EXPECT_TRUE(std::filesystem::is_character_file(device));
+    EXPECT_TRUE(std::filesystem::is_fifo(fifo));
+    clear_message();
 }
 
 TEST_F(Eeprom, UnsupportedCommandsAreLoggedAndChangeNothing) {

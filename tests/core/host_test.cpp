@@ -2,6 +2,9 @@
 // them: where images and reset vectors land, every refused input with its message, the
 // frame-information record and the controller slots.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <optional>
@@ -9,10 +12,12 @@
 #include <vector>
 
 #include "core/bus.h"
+#include "core/cdrom.h"
 #include "core/host.h"
 #include "core/memory.h"
 #include "core/sound.h"
 #include "core/video.h"
+#include "objproc/objproc.h"
 #include "support/temp_files.h"
 #include "vemocore.h"
 
@@ -90,13 +95,18 @@ TEST_F(Host, ImagesAndResetVectorsLandWhereEachStartModePutsThem) {
     EXPECT_EQ(bus_read32(4), 0x00004000u);
     EXPECT_EQ(bus_read16(0x400E), 0xAEAF);
     EXPECT_EQ(bus_read8(0x4010), 0xFF);
+    EXPECT_STREQ(vemo_get_error_string(), "");
     vemo_shutdown();
 
-    // At address 0 the vectors replace the program's first two longs.
+    // At address 0 the vectors replace the program's first two longs, and the start says so.
     auto at_zero = make_config(counting_image("at-zero.bin", 12, 0x01), 0);
     ASSERT_EQ(vemo_init(&at_zero), 1);
     EXPECT_EQ(bus_read32(4), 0u);
     EXPECT_EQ(bus_read32(8), 0x090A0B0Cu);
+    EXPECT_EQ(std::string(vemo_get_error_string()),
+              "Program image " + std::string(at_zero.rom_path) +
+                  " at load address 00000000 lies under the 68000's reset vectors (addresses 0 to 7): "
+                  "its bytes there are replaced by them.\n");
 }
 
 TEST_F(Host, ImagesThatCannotBeReadAreRefusedWithTheirMessages) {
@@ -104,9 +114,35 @@ TEST_F(Host, ImagesThatCannotBeReadAreRefusedWithTheirMessages) {
     EXPECT_EQ(refusal(make_config(missing)), "Couldn't load rom file " + missing + ".\n");
     EXPECT_EQ(refusal(make_config(missing, 0x4000)), "Couldn't load bin file " + missing + ".\n");
     EXPECT_EQ(refusal(make_config(rom, {}, missing)), "Couldn't load boot rom file " + missing + "\n");
-    // A directory opens but holds no image.
-    auto directory = test_support::scratch_dir().string();
-    EXPECT_EQ(refusal(make_config(directory)), "Couldn't load rom file " + directory + ".\n");
+}
+
+// A FIFO, a device or a directory given for any file is refused at once, and left as it is.
+TEST_F(Host, FilesThatAreNotRegularAreRefusedWithoutWaitingOnThem) {
+    const auto fifo = (test_support::scratch_dir() / "pipe").string();
+    const auto device = (test_support::scratch_dir() / "null").string();  // a second /dev/null
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    ASSERT_EQ(mknod(device.c_str(), S_IFCHR | 0666, makedev(1, 3)), 0);
+    const std::string directory = test_support::scratch_dir().string(), rom = counting_image("fine.j64", 64);
+    auto with_eeprom = [&](const std::string& path) {
+        auto c = make_config(rom);
+        std::snprintf(c.eeprom_path, sizeof c.eeprom_path, "%s", path.c_str());
+        return c;
+    };
+    const struct { vemo_config config; std::string message; } cases[] = {
+        {make_config(fifo), "Cartridge image " + fifo + " is a FIFO, not a regular file.\n"},
+        {make_config(fifo, 0x4000), "Program image " + fifo + " is a FIFO, not a regular file.\n"},
+        {make_config(rom, {}, fifo), "Boot ROM image " + fifo + " is a FIFO, not a regular file.\n"},
+        {make_config(rom, {}, device), "Boot ROM image " + device + " is a character device, not a regular file.\n"},
+        {make_config(directory), "Cartridge image " + directory + " is a directory, not a regular file.\n"},
+        {with_eeprom(fifo), "EEPROM file " + fifo + " is a FIFO, not a regular file.\n"},
+        {with_eeprom(device), "EEPROM file " + device + " is a character device, not a regular file.\n"},
+        {with_eeprom(directory), "EEPROM file " + directory + " is a directory, not a regular file.\n"},
+    };
+    alarm(20);  // a start that waits on the FIFO ends the test program
+    for (const auto& c : cases) EXPECT_EQ(refusal(c.config), c.message);
+    alarm(0);
+    EXPECT_TRUE(std::filesystem::is_fifo(fifo));
+    EXPECT_TRUE(std::filesystem::is_character_file(device));
 }
 
 TEST_F(Host, ImagesLargerThanTheirSpaceAreRefusedNamingTheFileAndBothSizes) {
@@ -297,12 +333,107 @@ TEST_F(Host, ShutdownReleasesEverythingAndTheMachineCanStartAgain) {
     EXPECT_EQ(bus_read8(0x800001), 0x01);
 }
 
+// What a program and a front-end see of a machine just started and after its first frame: the
+// values of a first start in a fresh process.
+void expect_first_start_machine(const char* how) {
+    SCOPED_TRACE(how);
+    EXPECT_STREQ(vemo_get_error_string(), "");
+    EXPECT_EQ(op_line_buffer, nullptr);
+    EXPECT_EQ(bus_read32(0xF01800), 0u);  // no row drawn yet
+    EXPECT_EQ(bus_read16(JPIT2_READ), 0);  // timer 1's divider
+    EXPECT_EQ(bus_read16(JOYBUTS), 0xFFFF);  // no controller row selected
+    EXPECT_EQ(bus_read16(JOYSTICK) & 1, 1);  // the EEPROM idle
+    EXPECT_EQ(bus_read16(0xDFFF0A), 0);      // the CD-ROM data word
+    EXPECT_EQ(vemo_run_frame(), 1) << vemo_get_error_string();
+    vemo_frame_info info;
+    vemo_get_frame_info(&info);
+    for (int i = 0; i < 512; ++i) ASSERT_EQ(info.row_timing[i], 0) << i;  // the display is off
+    EXPECT_EQ(info.audio_rate, 0);
+    EXPECT_EQ(info.audio_left_count, 0u);
+    EXPECT_EQ(info.color_mode, 0);
+    EXPECT_EQ(info.x_offset, 50);
+    EXPECT_EQ(info.m68k_pc, 0x802000u);
+    EXPECT_STREQ(vemo_get_error_string(), "");
+}
+
+// A machine that changed everything it could: audio rate, timers, controller latch, a pending
+// EEPROM read, the CD-ROM data word, a display that drew rows, and a message.
+void dirty_the_machine(const vemo_config& config) {
+    ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+    bus_write32(SCLK, 19);
+    bus_write16(JPIT1, 5);
+    bus_write16(JPIT2, 7);
+    bus_write16(JOYSTICK, 0xE);
+    bus_read16(0xF15000);
+    for (int bit : {1, 1, 0, 0, 0, 0, 0, 0, 0}) bus_write16(0xF14800, static_cast<uint16_t>(bit));
+    bus_write16(0xDFFF0A, 0x1234);
+    bus_write16(VMODE, 0x0E86);
+    bus_write16(VDB, 40);
+    bus_write16(VDE, 100);
+    bus_write16(HDE, 640);
+    ASSERT_EQ(vemo_run_frame(), 1);
+    bus_read8(0xF00000);  // logs
+}
+
+// Starting a machine again, after a shut-down or without one, after a refused start or none at
+// all, gives the machine a first start gives; the controller slots keep the front-end's input.
+TEST_F(Host, ARestartGivesExactlyTheMachineAFirstStartGives) {
+    std::vector<uint8_t> idle(0x2000, 0);
+    idle.insert(idle.end(), {0x60, 0xFE});  // bra.s itself at 0x802000
+    const auto config = make_config(write_file("idle.j64", idle));
+    vemo_joypad pad{};
+    pad.a = 1;  // row E would show it on JOYBUTS bit 1
+    vemo_set_joypad_state(0, &pad);
+    const struct { const char* how; void (*between)(); } cases[] = {
+        {"shut down first", [] { vemo_shutdown(); }},
+        {"started again without a shut-down", [] {}},
+        {"after a start without configuration", [] { EXPECT_EQ(vemo_init(nullptr), 0); }},
+        {"after a refused start", [] {
+             auto bad = make_config(missing);
+             EXPECT_EQ(vemo_init(&bad), 0);
+         }},
+    };
+    for (const auto& c : cases) {
+        dirty_the_machine(config);
+        c.between();
+        ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+        expect_first_start_machine(c.how);
+        EXPECT_EQ(joypad_slots[0].a, 1);
+    }
+    const vemo_joypad released{};
+    vemo_set_joypad_state(0, &released);
+
+    // A start without a configuration, or a refused one, leaves no machine to run.
+    dirty_the_machine(config);
+    EXPECT_EQ(vemo_init(nullptr), 0);
+    EXPECT_EQ(vemo_run_frame(), 0);
+}
+
 TEST(Log, EachMessageReplacesTheLastAndLongOnesAreCut) {
+    log_clear();
     log_printf("first message %d\n", 1);
     log_printf("second\n");
     EXPECT_STREQ(vemo_get_error_string(), "second\n");
     log_printf("%s", std::string(10000, 'm').c_str());
     EXPECT_EQ(std::strlen(vemo_get_error_string()), LOG_TEXT_SIZE - 1);
+}
+
+// A frame formats at most LOG_FRAME_LIMIT messages (a program that writes an unhandled register
+// in a loop would spend its frames formatting them); the text then says more were dropped, and
+// the next frame's messages show again. Messages dropped still count.
+TEST(Log, AFramesMessagesPastTheLimitAreCountedNotShown) {
+    log_clear();
+    const uint32_t count_before = log_count;
+    for (uint32_t n = 0; n < LOG_FRAME_LIMIT; ++n) log_printf("message %u\n", n);
+    EXPECT_EQ(std::string(vemo_get_error_string()), "message " + std::to_string(LOG_FRAME_LIMIT - 1) + "\n");
+    for (int n = 0; n < 5000; ++n) log_printf("later %d\n", n);
+    EXPECT_EQ(std::string(vemo_get_error_string()),
+              "More than " + std::to_string(LOG_FRAME_LIMIT) + " messages in one frame: the rest of this frame's are not shown.\n");
+    EXPECT_EQ(log_count - count_before, LOG_FRAME_LIMIT + 5000);
+    log_begin_frame();
+    log_printf("next frame\n");
+    EXPECT_STREQ(vemo_get_error_string(), "next frame\n");
+    log_clear();
 }
 
 }  // namespace

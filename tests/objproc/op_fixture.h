@@ -79,7 +79,7 @@ protected:
         video.hde = 320;  // divisor 0 (VMODE never written) counts as 1
         video.olp = LIST;
         std::fill(frame_buffer, frame_buffer + FRAME_ROWS * FRAME_PITCH, UNTOUCHED);
-        log_text[0] = 0;
+        log_clear();
     }
     void TearDown() override {
         op_line_buffer = nullptr;

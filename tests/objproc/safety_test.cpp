@@ -51,6 +51,7 @@ TEST_F(ObjectProcessorTest, DataIsReadOnlyFromTheMemoryThatHoldsItAndCutAtItsEnd
     ws_write16(gpu_ram, 0xFF8, 0x0777);  // GPU RAM ends 4 KB after 0xF03000
     expect_shown({
         {{.data = last_phrase, .xpos = 10, .iwidth = 2}, 2, 17, {4, UNTOUCHED}, 64},
+        {{.data = last_phrase, .xpos = 10, .iwidth = 2}, 5, 10, {1, 3, UNTOUCHED}, 16},  // shrunk
         {{.data = 0xF03FF8, .xpos = 10, .iwidth = 2}, 3, 10, {0x0777}},
     });
     EXPECT_EQ(cell(3, 14), UNTOUCHED);

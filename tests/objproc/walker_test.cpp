@@ -81,8 +81,65 @@ TEST_F(ObjectProcessorTest, BrokenListsEndWithAMessageNeverAHang) {
     put_object(LIST, BITMAP, {.link = LIST + 0x10});
     put_branch(LIST + 0x10, 0x7FF, 0, LIST);  // back to the bitmap, for ever
     EXPECT_EQ(op_process_line(FIRST_LINE), 1);
-    EXPECT_TRUE(logged("did not end")) << log_text;
+    EXPECT_TRUE(logged("units of work one line allows on line 40")) << log_text;
     EXPECT_EQ(cell(0, 0), 1u);
+}
+
+// A well-formed list can ask for more than a line's time: 2047 scaled objects, object n showing
+// the word n + 1 on cell n, then a stop. The line ends where its work passes the bound, before
+// the stop; the first cut line of each frame is reported.
+TEST_F(ObjectProcessorTest, ALineEndsWhereItsWorkPassesTheBoundReportedOncePerFrame) {
+    constexpr int OBJECTS = 2047;
+    constexpr uint32_t WORDS = 0x40000;  // past the list's 64 KB
+    video.hde = 1024;
+    for (int n = 0; n < OBJECTS; ++n) {
+        put_object(LIST + 32 * n, SCALED, {.link = LIST + 32 * (n + 1), .data = WORDS + 8 * n, .xpos = n % 1000}, 8, 32);
+        put_words(WORDS + 8 * n, {static_cast<uint16_t>(n + 1)});
+    }
+    put_stop(LIST + 32 * OBJECTS, 0x1230);
+    EXPECT_EQ(op_process_line(FIRST_LINE), 1);
+    EXPECT_EQ(video.obf, 0);  // the stop was never reached
+    int drawn = 0;
+    while (drawn < 1000 && cell(0, drawn) == static_cast<uint32_t>(drawn + 1)) ++drawn;
+    EXPECT_GE(drawn, 256);  // a few hundred objects always fit
+    EXPECT_LT(drawn, 1000);
+    for (int x = drawn; x < 1000; ++x) ASSERT_EQ(cell(0, x), UNTOUCHED) << x;
+    EXPECT_TRUE(logged("the rest of its objects are not drawn there")) << log_text;
+
+    log_text[0] = 0;
+    EXPECT_EQ(op_process_line(FIRST_LINE + 2), 1);  // the same frame: not reported again
+    EXPECT_STREQ(log_text, "");
+    EXPECT_EQ(op_process_line(FIRST_LINE), 1);  // the next frame
+    EXPECT_TRUE(logged("on line 40")) << log_text;
+
+    // Messages cost far more than pixels: 100 objects whose DATA lies where no memory is (each
+    // logs) pass the bound before their stop, though they draw nothing.
+    for (int n = 0; n < 100; ++n) put_object(LIST + 16 * n, BITMAP, {.link = LIST + 16 * (n + 1), .data = 0xF10000});
+    put_stop(LIST + 16 * 100, 0x1230);
+    EXPECT_EQ(op_process_line(FIRST_LINE), 1);  // a frame of its own
+    EXPECT_EQ(video.obf, 0);
+    EXPECT_TRUE(logged("the rest of its objects are not drawn there")) << log_text;
+}
+
+// What a busy screen asks of one line is drawn whole: four full-width layers, 64 sprites on the
+// line and 100 objects whose rows lie elsewhere.
+TEST_F(ObjectProcessorTest, ABusyScreensLineIsNeverCut) {
+    uint32_t a = LIST;
+    auto add = [&a](bitmap b) {
+        b.link = a + 16;
+        put_object(a, BITMAP, b);
+        a = b.link;
+    };
+    for (int layer = 0; layer < 4; ++layer) add({.iwidth = 80, .flags = TRANS});
+    for (int sprite = 0; sprite < 64; ++sprite) add({.data = DATA + 8, .xpos = 4 * sprite, .iwidth = 4});
+    for (int hidden = 0; hidden < 100; ++hidden) add({.ypos = 400});
+    add({.data = DATA + 16, .xpos = 300});
+    put_stop(a, 0x1230);
+    put_words(DATA + 16, {0x0FFF});
+    EXPECT_EQ(op_process_line(FIRST_LINE), 1);
+    EXPECT_EQ(cell(0, 300), 0x0FFFu);  // the last object
+    EXPECT_EQ(video.obf, 0x1234);
+    EXPECT_STREQ(log_text, "");
 }
 
 TEST_F(ObjectProcessorTest, ObjectsWithoutARendererAreSkippedAndTheWalkGoesOn) {

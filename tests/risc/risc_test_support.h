@@ -54,7 +54,7 @@ inline program handler_return(uint32_t flags_register, unsigned n) {
 inline void put(uint32_t address, const program& words) {
     for (uint16_t w : words) bus_write16(address, w), address += 2;
 }
-inline void clear_message() { log_text[0] = '\0'; }
+inline void clear_message() { log_clear(); }
 
 struct flags {
     uint8_t z, c, n;

@@ -34,7 +34,9 @@ protected:
     // Runs vemo-run as a user would; returns its exit status.
     int run(const std::string& arguments) {
         output.clear();
-        FILE* pipe = popen((arg(std::string(VEMO_BIN_DIR) + "/vemo-run") + " " + arguments + " 2>&1").c_str(), "r");
+        // A run that waits for ever (on a FIFO, say) is ended after two minutes.
+        FILE* pipe = popen(("timeout 120 " + arg(std::string(VEMO_BIN_DIR) + "/vemo-run") + " " + arguments +
+                            " 2>&1").c_str(), "r");
         if (!pipe) return -1;
         char buffer[4096];
         for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);

@@ -1,6 +1,7 @@
 // vemo-run run as a user runs it: its command line, messages, exit status, and the pictures it
 // writes of console programs' screens.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -9,6 +10,8 @@
 #include <string>
 #include <utility>
 
+#include "summary.h"
+#include "support/temp_files.h"
 #include "vemo_run_fixture.h"
 #include "vemocore.h"
 
@@ -19,42 +22,72 @@ using vemo_run_test::program_dir;
 using vemo_run_test::test_pattern;
 using vemo_run_test::VemoRun;
 namespace fs = std::filesystem;
+using test_support::write_file;
 
-// Status 2: the run never started (a file or the command line is wrong); 1: it failed later.
+// Status 2: the run never started (a file or the command line is wrong); 1: it failed later, or
+// ran without doing what a program does (a 68000 stopped where no code can be, a failed save).
 TEST_F(VemoRun, EveryFailureEndsTheRunWithItsMessageAndStatus) {
     // A core that does not start is reported in its own words: ask it directly what it says
-    // about a program placed outside RAM.
+    // about a save file longer than the EEPROM.
+    const fs::path long_save = write_file((dir / "long.eep").string(), std::vector<uint8_t>(300, 1));
     vemo_config config{};
     std::snprintf(config.rom_path, sizeof config.rom_path, "%s", (program_dir + "/test_pattern.bin").c_str());
+    std::snprintf(config.eeprom_path, sizeof config.eeprom_path, "%s", long_save.c_str());
     config.load_program = 1;
-    config.load_address = 0x300000;
+    config.load_address = 0x4000;
     ASSERT_EQ(vemo_init(&config), 0);
     const std::string core_message = vemo_get_error_string();
     vemo_shutdown();
     ASSERT_FALSE(core_message.empty());
+    const fs::path fifo = dir / "pipe.j64", empty = write_file((dir / "empty.j64").string(), {});
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
 
     const std::string missing = (dir / "missing.j64").string(), program = "--program " + test_pattern;
     const std::string bad_object = "--program " + arg(program_dir + "/bad_object.bin") + " --frames 10";
+    const std::string counter = "--program " + arg(program_dir + "/cart_eeprom_counter.bin");
     const struct { std::string arguments; int status; std::string message; } cases[] = {
         {arg(missing), 2, "cannot read cartridge image '" + missing + "': No such file"},
         {"--program " + arg(missing), 2, "cannot read program image '" + missing + "': No such file"},
         {test_pattern + " --boot-rom " + arg(missing), 2, "cannot read boot ROM image"},
-        {arg(dir), 2, "is a directory"},
-        {"", 2, "give a cartridge image or --program FILE"},
+        {arg(dir), 2, "is a directory, not a regular file"},
+        {arg(fifo), 2, "cartridge image '" + fifo.string() + "' is a FIFO, not a regular file"},
+        {program + " --eeprom " + arg(fifo), 2, "EEPROM file '" + fifo.string() + "' is a FIFO"},
         {program + " --load-address 0xZZ", 2, "--load-address '0xZZ' is not an address"},
-        {program + " --load-address 0x123456789", 2, "--load-address '0x123456789' is not an address"},
-        {test_pattern + " --frames -1", 2, "--frames: Value -1 not in range"},
-        {program + " --load-address 0x300000", 1, "the core did not start: " + core_message},
+        {program + " --load-address 0x123456789", 2, "--load-address '0x123456789' lies outside the 2 MB of RAM"},
+        {program + " --load-address 3000000000", 2, "--load-address '3000000000' lies outside the 2 MB of RAM"},
+        {program + " --load-address 0x200000", 2, "give an address from 0 to 0x1FFFFF"},
+        {test_pattern + " --frames -1", 2, "--frames '-1': give a whole number from 0 to 10000000"},
+        {test_pattern + " --frames 10000001", 2, "--frames '10000001': give a whole number from 0 to 10000000"},
+        {test_pattern + " --frames 99999999999999999999999", 2, "--frames '99999999999999999999999': give a whole"},
+        {program + " --png-dir " + arg(dir) + " --every 0", 2, "--every '0': give a whole number from 1"},
+        {program + " --eeprom " + arg(long_save), 1, "the core did not start: " + core_message},
         // bad_object.s's object list holds an object of type 5, which stops the first frame.
         {bad_object, 1, "frame 1 stopped early: Object Processor error: Unhandled object 5"},
         {bad_object, 1, "frames run: 0 of 10"},
         {program + " --frames 1 --png " + arg(dir / "no" / "such" / "p.png"), 1, "cannot write"},
+        // An empty cartridge reads all ones: the 68000 leaves every memory that holds code.
+        {arg(empty) + " --frames 3", 1, "the 68000 stopped at 00FFFFFF in frame 1, where no code can be"},
+        {arg(empty) + " --frames 3", 1, "frames run: 3 of 3"},
+        {counter + " --eeprom " + arg(dir / "no" / "such" / "save.eep"), 1,
+         "the program's EEPROM save failed: Couldn't save eeprom file " + (dir / "no" / "such" / "save.eep").string()},
+        {program + " --load-address 0 --frames 0", 0,
+         "the core says at start: Program image " + program_dir + "/test_pattern.bin at load address 00000000 "
+         "lies under the 68000's reset vectors"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(run(c.arguments), c.status) << c.arguments;
         EXPECT_NE(output.find(c.message), std::string::npos) << c.arguments << "\n" << output;
         EXPECT_TRUE(c.status != 2 || output.find("frames run") == std::string::npos) << c.arguments;
     }
+}
+
+// A run so slow that one decimal would show 0.0 frames per second shows a useful figure.
+TEST(VemoRunSummary, FramesPerSecondAlwaysShowsAUsefulFigure) {
+    const struct { long frames; double seconds; const char* text; } cases[] = {
+        {600, 0.105, "5714.3"}, {1, 10.0, "0.1"}, {1, 20.0, "0.05 (20.0 s per frame)"}, {1, 30.0, "0.0333 (30.0 s per frame)"},
+        {3, 1000.0, "0.003 (333.3 s per frame)"}, {0, 1.0, "0.0"}, {5, 0.0, "0.0"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(frames_per_second_text(c.frames, c.seconds), c.text) << c.frames << " " << c.seconds;
 }
 
 // programs/test_pattern.s on screen (CLUT, 16-bit CRY and background colours), the run's summary

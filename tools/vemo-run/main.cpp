@@ -6,6 +6,7 @@
 // reach into the core's internals, so it links the static library built from the same sources.
 #include <cctype>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -23,6 +24,7 @@
 #include "png_file.h"
 #include "progress.h"
 #include "traces.h"
+#include "summary.h"
 #include "vemocore.h"
 #include "wav_file.h"
 
@@ -30,6 +32,17 @@ namespace {
 
 // Console programs are conventionally loaded at 0x4000, just above the vector table.
 constexpr uint32_t DEFAULT_LOAD_ADDRESS = 0x4000;
+constexpr unsigned long long MAIN_RAM_BYTES = 0x200000;
+
+// Where the 68000 can find code: RAM, the cartridge, the boot ROM.
+bool holds_code(uint32_t pc) {
+    const uint32_t a = pc & 0xFFFFFF;
+    return a < 0x200000 || (a >= 0x800000 && a < 0xE20000);
+}
+
+// A save failed when the core's message text begins with the failure, which stays there until a
+// later save succeeds.
+constexpr char SAVE_FAILED[] = "Couldn't save eeprom file";
 
 // The core's message without its trailing line feed, or "(none)".
 std::string core_message() {
@@ -38,33 +51,37 @@ std::string core_message() {
     return text.empty() ? "(none)" : text;
 }
 
-// "0x4000", "$4000" (hexadecimal) or "16384" (decimal).
-bool parse_address(const std::string& text, uint32_t& address) {
-    std::string digits = text;
-    int base = 10;
-    if (digits.rfind("0x", 0) == 0 || digits.rfind("0X", 0) == 0) {
-        digits = digits.substr(2);
-        base = 16;
-    } else if (digits.rfind('$', 0) == 0) {
-        digits = digits.substr(1);
-        base = 16;
+// A load address must be a number inside the 2 MB of RAM.
+bool parse_load_address(const std::string& text, uint32_t& address) {
+    unsigned long long value = 0;
+    if (!parse_number(text, value)) {
+        std::fprintf(stderr, "vemo-run: --load-address '%s' is not an address (use 0x4000, $4000 or 16384)\n",
+                     text.c_str());
+        return false;
     }
-    if (digits.empty() || digits.size() > 8) return false;
-    for (char c : digits)
-        if (!(base == 16 ? std::isxdigit(static_cast<unsigned char>(c)) : std::isdigit(static_cast<unsigned char>(c))))
-            return false;
-    const unsigned long long value = std::stoull(digits, nullptr, base);
-    if (value > 0xFFFFFFFFull) return false;
+    if (value >= MAIN_RAM_BYTES) {
+        std::fprintf(stderr,
+                     "vemo-run: --load-address '%s' lies outside the 2 MB of RAM: give an address from 0 to "
+                     "0x1FFFFF (2097151)\n", text.c_str());
+        return false;
+    }
     address = static_cast<uint32_t>(value);
     return true;
 }
 
-// A file the core will read must exist and be readable; the core's own message would only say
-// that loading failed.
+// A file the core will read must exist, be a regular file (a FIFO would hold the run up) and be
+// readable; the core's own message would only say that loading failed.
 bool check_readable(const std::string& path, const char* what) {
     std::error_code ec;
-    if (std::filesystem::is_directory(path, ec)) {
-        std::fprintf(stderr, "vemo-run: %s '%s' is a directory, not a file\n", what, path.c_str());
+    const auto status = std::filesystem::status(path, ec);
+    if (!ec && status.type() != std::filesystem::file_type::regular) {
+        const auto type = status.type();
+        const char* kind = type == std::filesystem::file_type::directory ? "a directory"
+                           : type == std::filesystem::file_type::fifo    ? "a FIFO"
+                           : type == std::filesystem::file_type::character || type == std::filesystem::file_type::block
+                               ? "a device"
+                               : "not a file";
+        std::fprintf(stderr, "vemo-run: %s '%s' is %s, not a regular file\n", what, path.c_str(), kind);
         return false;
     }
     FILE* file = std::fopen(path.c_str(), "rb");
@@ -96,11 +113,7 @@ bool fill_config(const run_options& o, vemo_config& config) {
 
     if (program_mode) {
         uint32_t address = DEFAULT_LOAD_ADDRESS;
-        if (!o.load_address_text.empty() && !parse_address(o.load_address_text, address)) {
-            std::fprintf(stderr, "vemo-run: --load-address '%s' is not an address (use 0x4000 or 16384)\n",
-                         o.load_address_text.c_str());
-            return false;
-        }
+        if (!o.load_address_text.empty() && !parse_load_address(o.load_address_text, address)) return false;
         config.load_program = 1;
         config.load_address = static_cast<int32_t>(address);
     }
@@ -209,10 +222,33 @@ bool prepare_picture_dir(const std::string& dir) {
     return false;
 }
 
+// Troubles a run has without any frame stopping early: a 68000 that stopped where no code can
+// be (it runs no more), and an EEPROM save that failed. True when there was one.
+bool report_troubles(long stopped_in, bool has_save_file) {
+    bool trouble = false;
+    if (stopped_in) {
+        vemo_frame_info info;
+        vemo_get_frame_info(&info);
+        std::fprintf(stderr,
+                     "vemo-run: the 68000 stopped at %08X in frame %ld, where no code can be (code runs from "
+                     "RAM 000000-1FFFFF, the cartridge 800000-DFFFFF or the boot ROM E00000-E1FFFF)\n",
+                     info.m68k_pc & 0xFFFFFF, stopped_in);
+        trouble = true;
+    }
+    // Without --eeprom a program's saves go nowhere, as the help says: that is no failure of the run.
+    const std::string message = vemo_get_error_string();
+    if (has_save_file && message.rfind(SAVE_FAILED, 0) == 0) {
+        std::fprintf(stderr, "vemo-run: the program's EEPROM save failed: %s\n",
+                     message.substr(0, message.find('\n')).c_str());
+        trouble = true;
+    }
+    return trouble;
+}
+
 void print_summary(const run_options& o, long frames_run, double seconds) {
     std::printf("frames run: %ld of %ld\n", frames_run, o.frames);
     std::printf("wall time: %.3f s\n", seconds);
-    std::printf("frames per second: %.1f\n", seconds > 0 ? frames_run / seconds : 0.0);
+    std::printf("frames per second: %s\n", frames_per_second_text(frames_run, seconds).c_str());
     if (o.log) core_messages_print(stdout);
     else std::printf("core's last message: %s\n", core_message().c_str());
 }
@@ -221,6 +257,7 @@ void print_summary(const run_options& o, long frames_run, double seconds) {
 int run_frames(const run_options& o, const input_script& script, frame_outputs& out) {
     int status = EXIT_OK;
     long frames_run = 0;
+    long stopped_in = 0;  // the first frame after which the 68000 was where no code can be
     const auto start = std::chrono::steady_clock::now();
     {
         progress_line progress(o.frames);
@@ -238,11 +275,13 @@ int run_frames(const run_options& o, const input_script& script, frame_outputs& 
                 status = EXIT_RUN_FAILED;
                 break;
             }
+            if (!stopped_in && !holds_code(out.info.m68k_pc)) stopped_in = frame;
             progress.frame_done(frame);
         }
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (!out.run_done()) status = EXIT_RUN_FAILED;
+    if (report_troubles(stopped_in, !o.eeprom.empty())) status = EXIT_RUN_FAILED;
     print_summary(o, frames_run, seconds);
     return status;
 }
@@ -262,6 +301,8 @@ int run(const run_options& o) {
     if (o.log) core_messages_start();
     int status = EXIT_RUN_FAILED;
     if (vemo_init(&config)) {
+        if (vemo_get_error_string()[0] != '\0')
+            std::fprintf(stderr, "vemo-run: the core says at start: %s\n", core_message().c_str());
         trace_start(o.trace_68k, o.trace_gpu, o.trace_dsp);
         status = run_frames(o, script, out);
         trace_stop();

@@ -4,10 +4,26 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <sstream>
 
 namespace {
+
+// --frames and --every: whole numbers within their range, said in plain words otherwise.
+bool parse_count(const std::string& text, const char* option, long low, long high, const char* meaning,
+                 long& count) {
+    unsigned long long value = 0;
+    if (text.rfind("0x", 0) == 0 || text.rfind('$', 0) == 0 || !parse_number(text, value) ||
+        value < static_cast<unsigned long long>(low) || value > static_cast<unsigned long long>(high)) {
+        std::fprintf(stderr, "vemo-run: %s '%s': give a whole number from %ld to %ld (%s)\n", option,
+                     text.c_str(), low, high, meaning);
+        return false;
+    }
+    count = static_cast<long>(value);
+    return true;
+}
+
 
 // "1,60,600": frames to save, counted from 1, within the run.
 bool parse_frame_list(const std::string& text, long frames, std::vector<long>& list) {
@@ -58,9 +74,8 @@ void add_machine_options(CLI::App& app, run_options& o) {
                    "128-byte EEPROM save file, read at start and written when the program saves "
                    "(without it, saves go nowhere)")
         ->type_name("FILE");
-    app.add_option("--frames", o.frames, "Frames to run (default 60, one second of console time)")
-        ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+    app.add_option("--frames", o.frames_text, "Frames to run (default 60, one second of console time; at most 10000000)")
+        ->type_name("N");
     auto* audio = app.add_flag("--audio", o.audio, "Enable audio: sample ticks, DSP interrupts, a DSP slice per line");
     app.add_flag("--timer-ticks", o.timer_ticks, "Let the sound chip's two timers interrupt the DSP")->needs(audio);
     app.add_flag("--dsp-always-run", o.dsp_always_run, "Run the DSP on every line even without --audio");
@@ -75,9 +90,8 @@ void add_output_options(CLI::App& app, run_options& o, std::string& hash_text, s
                                    "Write a numbered picture series (frame-NNNNNN.png) here; with --png-at, "
                                    "the folder of those pictures")
                         ->type_name("DIR");
-    auto* every = app.add_option("--every", o.every, "With --png-dir: save every K-th frame (default 1)")
+    auto* every = app.add_option("--every", o.every_text, "With --png-dir: save every K-th frame (default 1)")
                       ->type_name("K")
-                      ->check(CLI::PositiveNumber)
                       ->needs(png_dir);
     app.add_option("--png-at", png_at_text,
                    "Save these frames (such as 1,60,600) as frame-NNNNNN.png in --png-dir (default: here)")
@@ -113,6 +127,23 @@ void add_diagnostic_options(CLI::App& app, run_options& o) {
 
 }  // namespace
 
+// "0x4000", "$4000" (hexadecimal) or "16384" (decimal), any number of digits; false when the
+// text is no number or the number passes 64 bits.
+bool parse_number(const std::string& text, unsigned long long& value) {
+    std::string digits = text;
+    int base = 10;
+    if (digits.rfind("0x", 0) == 0 || digits.rfind("0X", 0) == 0) {
+        digits = digits.substr(2);
+        base = 16;
+    } else if (digits.rfind('$', 0) == 0) {
+        digits = digits.substr(1);
+        base = 16;
+    }
+    const char* end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, value, base);
+    return !digits.empty() && error == std::errc() && stop == end;
+}
+
 int parse_command_line(int argc, char** argv, run_options& o) {
     CLI::App app{
         "Runs a console program headless through vemocore, for a number of frames, and prints\n"
@@ -122,9 +153,9 @@ int parse_command_line(int argc, char** argv, run_options& o) {
         "rows up to the last one the Object Processor drew.\n"
         "Runs are deterministic: the same image, switches and input script give the same\n"
         "pictures, sound and digests.\n"
-        "Exit status: 0 all frames ran; 1 the core did not start, a frame stopped early or a\n"
-        "file could not be written; 2 bad arguments, a missing or unreadable file or a mistake\n"
-        "in the input script.");
+        "Exit status: 0 all frames ran; 1 the core did not start, a frame stopped early, the 68000\n"
+        "stopped where no code can be, an EEPROM save failed or a file could not be written;\n"
+        "2 bad arguments, a missing, unreadable or irregular file or a mistake in the input script.");
     std::string hash_text, png_at_text;
     add_machine_options(app, o);
     add_output_options(app, o, hash_text, png_at_text);
@@ -139,6 +170,10 @@ int parse_command_line(int argc, char** argv, run_options& o) {
     }
     // Without an image, vemo-run shows what the machine can do with its own demo cartridge.
     o.demo = o.cartridge.empty() && o.program.empty();
+    if (!parse_count(o.frames_text, "--frames", 0, MAX_FRAMES, "frames to run; 10000000 are 46 hours of console time",
+                     o.frames) ||
+        !parse_count(o.every_text, "--every", 1, MAX_FRAMES, "1 saves every frame, 2 every second one", o.every))
+        return EXIT_BAD_INPUT;
     if (app.count("--hash")) o.hash = hash_text == "last" ? hash_mode::last_frame : hash_mode::every_frame;
     if (app.count("--png-at") && !parse_frame_list(png_at_text, o.frames, o.png_at)) return EXIT_BAD_INPUT;
     return -1;

@@ -14,18 +14,23 @@ constexpr int EXIT_BAD_INPUT = 2;   // bad command line, missing or unreadable f
 
 enum class hash_mode { none, every_frame, last_frame };
 
+// A run's frames: ten million are 46 hours of console time.
+constexpr long MAX_FRAMES = 10'000'000;
+
 struct run_options {
     std::string cartridge;
     std::string program;
     std::string load_address_text;
     std::string boot_rom;
     std::string eeprom;
+    std::string frames_text = "60";
     long frames = 60;
     bool audio = false;
     bool timer_ticks = false;
     bool dsp_always_run = false;
     std::string png;
     std::string png_dir;
+    std::string every_text = "1";
     long every = 1;
     std::vector<long> png_at;  // frames to save, ascending, no repeats
     std::string input;
@@ -41,3 +46,7 @@ struct run_options {
 // Parses the command line into o. Returns -1 to go on and run, otherwise the exit status (help
 // was shown, or a mistake was reported on standard error).
 int parse_command_line(int argc, char** argv, run_options& o);
+
+// "0x4000", "$4000" (hexadecimal) or "16384" (decimal), any number of digits; false when the
+// text is no number or the number passes 64 bits.
+bool parse_number(const std::string& text, unsigned long long& value);

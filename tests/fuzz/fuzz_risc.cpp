@@ -1,0 +1,89 @@
+// Fuzz target: the GPU's and the DSP's control blocks written and read with fuzzed values, their
+// local RAM holding fuzzed programs, then a frame run with both processors. The machine starts
+// once; each input begins from freshly started processors, cleared local RAM and the RAM a
+// start leaves, so that it plays the same way whatever ran before it.
+// Input: byte 0 holds the switches (bit 0 audio, bit 1 timer ticks, bit 2 DSP always runs, bit 3
+// start the GPU at 0xF03000, bit 4 start the DSP at 0xF1B000); byte 1 the number n of control
+// accesses; then n accesses of 6 bytes (kind: bit 0 DSP, bit 1 read; the register's offset in
+// its block; four value bytes, big-endian); the rest is split between GPU and DSP local RAM.
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "core/bus.h"
+#include "core/cdrom.h"
+#include "core/eeprom.h"
+#include "core/host.h"
+#include "core/memory.h"
+#include "core/sound.h"
+#include "core/video.h"
+#include "fuzz_support.h"
+#include "m68k/m68k.h"
+#include "risc/dsp.h"
+#include "risc/gpu.h"
+
+namespace {
+
+constexpr size_t ACCESS = 6;
+std::vector<uint8_t> ram_at_start;
+
+void control_access(const uint8_t* a) {
+    const uint32_t address = ((a[0] & 1) ? D_FLAGS : G_FLAGS) + (a[1] & 0x1C);
+    const uint32_t value = uint32_t(a[2]) << 24 | uint32_t(a[3]) << 16 | uint32_t(a[4]) << 8 | a[5];
+    if (a[0] & 2)
+        bus_read32(address);
+    else
+        bus_write32(address, value);
+}
+
+// Local RAM as the processors read it: big-endian bytes in the word-swapped order.
+void load_local(uint8_t* ram, size_t capacity, const uint8_t* code, size_t size) {
+    std::memset(ram, 0, capacity);
+    size = std::min(size, capacity);
+    std::memcpy(ram, code, size);
+    swap_bytes(ram, static_cast<int32_t>(size & ~size_t{1}));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    const vemo_config config = fuzz::idle_cartridge_config();
+    if (!vemo_init(&config)) std::abort();
+    ram_at_start.assign(main_ram, main_ram + MAIN_RAM_SIZE);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 2) return 0;
+    const uint8_t switches = data[0];
+    const size_t accesses = data[1];
+    if (size < 2 + ACCESS * accesses) return 0;
+    std::memcpy(main_ram, ram_at_start.data(), MAIN_RAM_SIZE);
+    video_reset();
+    sound_reset();
+    eeprom_reset();
+    cdrom_reset();
+    gpu_init();
+    dsp_init();
+    m68k_reset();
+    core_config.audio_enable = switches & 1;
+    core_config.timer_ticks = (switches >> 1) & 1;
+    core_config.dsp_always_run = (switches >> 2) & 1;
+
+    const uint8_t* code = data + 2 + ACCESS * accesses;
+    const size_t code_size = size - 2 - ACCESS * accesses;
+    load_local(gpu_ram, GPU_RAM_SIZE, code, code_size / 2);
+    load_local(dsp_ram, DSP_RAM_SIZE, code + code_size / 2, code_size - code_size / 2);
+    for (size_t n = 0; n < accesses; ++n) control_access(data + 2 + ACCESS * n);
+    if (switches & 8) {
+        bus_write32(G_PC, GPU_RAM_BASE);
+        bus_write32(G_CTRL, 1);
+    }
+    if (switches & 16) {
+        bus_write32(D_PC, DSP_RAM_BASE);
+        bus_write32(D_CTRL, 1);
+    }
+    fuzz::timed_frame(vemo_run_frame);
+    return 0;
+}
