@@ -5,6 +5,10 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#ifdef _WIN32
+#include <io.h>
+#include <windows.h>
+#endif
 
 #include <cerrno>
 #include <cstdio>
@@ -96,6 +100,11 @@ void decode_command() {
 // links cannot be followed.
 bool resolve_links(std::string& target, const char*& reason) {
     target = eeprom_file_path;
+#ifdef _WIN32
+    // Windows saves replace the named file itself: its links are not followed here.
+    (void)reason;
+    return true;
+#else
     for (int hops = 0; hops < 40; ++hops) {
         struct stat info;
         if (lstat(target.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return true;
@@ -112,6 +121,7 @@ bool resolve_links(std::string& target, const char*& reason) {
     }
     reason = "its symbolic links go round in a circle";
     return false;
+#endif
 }
 
 bool write_all(int descriptor, const uint8_t* bytes, size_t size) {
@@ -135,12 +145,20 @@ bool write_temporary(const std::string& temporary, const struct stat* existing, 
         bytes[2 * n] = static_cast<uint8_t>(word);
         bytes[2 * n + 1] = static_cast<uint8_t>(word >> 8);
     }
+#ifdef _WIN32
+    const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_BINARY, 0666);
+#else
     const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+#endif
     if (descriptor < 0) {
         reason = std::strerror(errno);
         return false;
     }
     bool ok = true;
+#ifdef _WIN32
+    (void)existing;  // Windows files have no mode bits or owner to carry over
+    ok = write_all(descriptor, bytes, sizeof bytes) && _commit(descriptor) == 0;
+#else
     if (existing) {
         ok = fchmod(descriptor, existing->st_mode & 07777) == 0;
         if (fchown(descriptor, existing->st_uid, existing->st_gid) != 0) {
@@ -148,6 +166,7 @@ bool write_temporary(const std::string& temporary, const struct stat* existing, 
         }
     }
     ok = ok && write_all(descriptor, bytes, sizeof bytes) && fsync(descriptor) == 0;
+#endif
     if (!ok) reason = std::strerror(errno);
     if (close(descriptor) != 0 && ok) {
         reason = std::strerror(errno);
@@ -159,12 +178,27 @@ bool write_temporary(const std::string& temporary, const struct stat* existing, 
 
 // The rename is on the disk once the folder that holds it is.
 void flush_folder(const std::string& target) {
+#ifdef _WIN32
+    (void)target;  // Windows writes the rename through (MOVEFILE_WRITE_THROUGH)
+#else
     const size_t slash = target.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : target.substr(0, slash);
     const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0) return;
     fsync(descriptor);
     close(descriptor);
+#endif
+}
+
+// Puts the new file in the target's place in one step (Windows's rename refuses an existing target).
+bool replace_file(const std::string& from, const std::string& to) {
+#ifdef _WIN32
+    if (MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return true;
+    errno = EACCES;
+    return false;
+#else
+    return std::rename(from.c_str(), to.c_str()) == 0;
+#endif
 }
 
 }  // namespace
@@ -229,7 +263,7 @@ void eeprom_save() {
                          temporary.c_str(), reason);
         return;
     }
-    if (std::rename(temporary.c_str(), target.c_str()) != 0) {
+    if (!replace_file(temporary, target)) {
         log_save_failure("Couldn't save eeprom file %s: %s.\n", eeprom_file_path, std::strerror(errno));
         unlink(temporary.c_str());
         return;

@@ -95,7 +95,9 @@ const char* file_kind(const char* path) {
     if (S_ISFIFO(info.st_mode)) return "a FIFO";
     if (S_ISCHR(info.st_mode)) return "a character device";
     if (S_ISBLK(info.st_mode)) return "a block device";
+#ifdef S_ISSOCK
     if (S_ISSOCK(info.st_mode)) return "a socket";
+#endif
     return "not a file";
 }
 
@@ -110,7 +112,12 @@ load_result load_file(const char* path, uint8_t* destination, uint32_t capacity,
     // is opened without waiting, so that a FIFO or a device never holds start-up up; the check
     // is made again on what was opened, in case the path changed in between.
     if (file_kind(path)) return LOAD_NOT_A_FILE;
+#ifdef _WIN32
+    // Windows has no FIFOs or terminals to wait on; the file is opened in binary mode.
+    const int descriptor = open(path, O_RDONLY | O_BINARY);
+#else
     const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+#endif
     if (descriptor < 0) return LOAD_FAILED;
     struct stat info;
     if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
