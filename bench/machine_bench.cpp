@@ -29,6 +29,7 @@
 #include "objproc/colour_tables.h"
 #include "blitter_screen.h"
 #include "objproc/objproc.h"
+#include "op_screen.h"
 #include "risc_loops.h"
 #include "vemocore.h"
 
@@ -188,14 +189,7 @@ void put_phrase(uint32_t address, uint64_t v) {
 // Video registers for 240 rows of 320 pixels over a background, and a list of one bitmap
 // object (DEPTH `depth`, TRANS as given) of 240 rows followed by a stop object.
 void build_screen(int depth, bool trans) {
-    video.vdb = VDB_LINE;
-    video.vde = VDB_LINE + DISPLAYED_LINES;
-    video.hdb1 = 0;
-    video.hde = WIDTH;
-    video.vmode = 0x80;
-    video.bg = 0x1234;
-    video.olp = LIST;
-    for (int k = 0; k < 256; ++k) ws_write16(clut, k * 2, static_cast<uint16_t>(k * 0x0101));
+    op_screen::display(VDB_LINE, DISPLAYED_LINES, WIDTH, LIST);
     const uint32_t height = 240, iwidth = static_cast<uint32_t>(WIDTH >> (6 - depth));
     for (uint32_t i = 0; i < height * iwidth * 8; ++i)
         ws_write8(main_ram, BITMAP + i, static_cast<uint8_t>(i * 7 + (i >> 9)));
@@ -381,9 +375,9 @@ private:
 // The callgrind script's fixed loops: a known number of slices of a processor's mixed loop.
 enum processor { M68K, GPU, DSP };
 
-int run_fixed_loop(processor which, const char* spec) {
+int run_fixed_loop(processor which, const char* slice_shape) {
     int cycles = 0, slices = 0;
-    if (std::sscanf(spec, "%d,%d", &cycles, &slices) != 2 || cycles < 0 || slices <= 0) {
+    if (std::sscanf(slice_shape, "%d,%d", &cycles, &slices) != 2 || cycles < 0 || slices <= 0) {
         std::fprintf(stderr, "machine_bench: --fixed-loop=CYCLES,SLICES\n");
         return 2;
     }

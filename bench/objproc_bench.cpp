@@ -8,6 +8,7 @@
 #include "core/video.h"
 #include "objproc/colour_tables.h"
 #include "objproc/objproc.h"
+#include "op_screen.h"
 
 namespace {
 
@@ -29,14 +30,7 @@ void build_machine(int type, int depth, int iwidth, int hscale, int vscale, bool
     build_colour_tables();
     op_init();
     video_reset();
-    video.vdb = VDB_LINE;
-    video.vde = VDB_LINE + LINES;
-    video.hdb1 = 0;
-    video.hde = WIDTH;
-    video.vmode = 0x80;
-    video.bg = 0x1234;
-    video.olp = LIST;
-    for (int k = 0; k < 256; ++k) ws_write16(clut, k * 2, static_cast<uint16_t>(k * 0x0101));
+    op_screen::display(VDB_LINE, LINES, WIDTH, LIST);
     const uint32_t height = 240, dwidth = iwidth;
     for (uint32_t i = 0; i < height * dwidth * 8; ++i)
         ws_write8(main_ram, DATA + i, static_cast<uint8_t>(i * 7 + (i >> 9)));
