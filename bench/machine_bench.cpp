@@ -309,6 +309,38 @@ void BM_BusyFrame(benchmark::State& state) {
 BENCHMARK(BM_BusyFrame)->Unit(benchmark::kMicrosecond);
 
 // ---------------------------------------------------------------------------------------------
+// Starts: a front-end's reset starts a machine over the running one; a start after
+// vemo_shutdown allocates and fills its memories afresh.
+
+void run_starts(benchmark::State& state, bool shut_down_first) {
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("vemocore_start_bench_" + std::to_string(getpid()) + ".bin");
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(SLEEPING.data()), static_cast<std::streamsize>(SLEEPING.size()));
+    vemo_config config{};
+    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", file.c_str());
+    config.load_program = 1;
+    config.load_address = 0x4000;
+    for (auto _ : state) {
+        if (shut_down_first) vemo_shutdown();
+        if (vemo_init(&config) != 1) {
+            state.SkipWithError(vemo_get_error_string());
+            break;
+        }
+    }
+    state.counters["starts_per_s"] = benchmark::Counter(static_cast<double>(state.iterations()),
+                                                        benchmark::Counter::kIsRate);
+    vemo_shutdown();
+    std::filesystem::remove(file);
+}
+
+void BM_RestartRunningMachine(benchmark::State& state) { run_starts(state, false); }
+BENCHMARK(BM_RestartRunningMachine)->Unit(benchmark::kMicrosecond);
+
+void BM_StartAfterShutdown(benchmark::State& state) { run_starts(state, true); }
+BENCHMARK(BM_StartAfterShutdown)->Unit(benchmark::kMicrosecond);
+
+// ---------------------------------------------------------------------------------------------
 // The summary table.
 
 struct row {
@@ -333,6 +365,8 @@ const row ROWS[] = {
     {"BM_OpLine16BitTransparent", "OP line, 16-bit TRANS, 320 pixels", nullptr, 1, "ns/line"},
     {"BM_OpLine8BitClut", "OP line, 8-bit CLUT, 320 pixels", nullptr, 1, "ns/line"},
     {"BM_OpLine4BitClut", "OP line, 4-bit CLUT, 320 pixels", nullptr, 1, "ns/line"},
+    {"BM_RestartRunningMachine", "start over a running machine (a reset)", "starts_per_s", 1, "starts/s"},
+    {"BM_StartAfterShutdown", "start after vemo_shutdown", "starts_per_s", 1, "starts/s"},
 };
 
 // Shows the usual console output and keeps each benchmark's figure for the table.

@@ -164,10 +164,16 @@ void write_reset_vectors(uint32_t stack, uint32_t start) {
 // message; one larger than its space is refused with a message naming the file and both sizes.
 // Only the words the image touched are swapped: the rest of the buffer holds its fill, which
 // reads the same in either order.
+// `touched` receives how many bytes from `offset` on the load may have changed.
 bool load_image(const char* path, uint8_t* buffer, uint32_t offset, uint32_t capacity,
-                const char* unreadable_message, const char* image_name, const char* space_name) {
+                const char* unreadable_message, const char* image_name, const char* space_name,
+                uint32_t* touched = nullptr) {
     long size = 0;
-    switch (load_file(path, buffer + offset, capacity, &size)) {
+    const load_result result = load_file(path, buffer + offset, capacity, &size);
+    if (touched)  // the bytes read, and the one the last word's swap may move
+        *touched = size < 0 || static_cast<unsigned long>(size) >= capacity ? capacity
+                                                                            : static_cast<uint32_t>(size) + 1;
+    switch (result) {
         case LOAD_FAILED:
             log_printf(unreadable_message, path);
             return false;
@@ -188,9 +194,14 @@ bool load_image(const char* path, uint8_t* buffer, uint32_t offset, uint32_t cap
     return true;
 }
 
+// The bytes at the start of the cartridge ROM that may differ from its 0xFF fill: all of a newly
+// allocated (zeroed) buffer, then what the last image loaded into it. Nothing else writes there.
+uint32_t cart_rom_touched = CART_ROM_SIZE;
+
 bool load_cartridge(const char* path) {
+    cart_rom_touched = CART_ROM_SIZE;
     return load_image(path, cart_rom, 0, CART_ROM_SIZE, "Couldn't load rom file %s.\n", "Cartridge image",
-                      "cartridge space");
+                      "cartridge space", &cart_rom_touched);
 }
 
 bool load_program_image(const char* path, uint32_t load_address) {
@@ -246,13 +257,32 @@ void machine_release() {
     op_line_buffer = nullptr;  // it pointed into the frame buffer
 }
 
+// The buffers of a start as a fresh process has them: zeroed, with RAM and the cartridge ROM
+// filled with 0xFF and the colour-addition tables built. A start after another without a
+// shut-down keeps the earlier machine's buffers and clears them: returning 9 MB and having it
+// mapped and faulted in again costs a restart far more than clearing what was used.
+bool prepare_memory() {
+    if (main_ram) {
+        memory_clear();
+    } else {
+        if (!memory_allocate()) return false;
+        build_colour_tables();
+        cart_rom_touched = CART_ROM_SIZE;
+    }
+    std::memset(main_ram, 0xFF, MAIN_RAM_SIZE);
+    std::memset(cart_rom, 0xFF, cart_rom_touched);
+    cart_rom_touched = 0;
+    return true;
+}
+
 // A start gives exactly the machine a first start in a fresh process gives, whatever ran
 // before it (shut down or not, started or refused): nothing of an earlier machine survives:
 // its chips' registers, the EEPROM's serial state, the row timing, the last message. The
 // controller slots are kept: they hold the front-end's input, which it may store before
 // vemo_init, not the machine's state.
 void machine_forget() {
-    machine_release();
+    machine_started = false;
+    op_line_buffer = nullptr;
     log_clear();
     core_frame_info = vemo_frame_info{};
     sound_reset();
@@ -267,20 +297,17 @@ void machine_forget() {
 extern "C" VEMO_API int32_t vemo_init(const vemo_config* config) {
     machine_forget();
     if (!config) {
+        machine_release();  // a fresh process has no buffers before its first start either
         log_printf("vemo_init was given no configuration.\n");
         return 0;
     }
     std::memcpy(&core_config, config, sizeof core_config);
 
-    if (!memory_allocate()) {
+    if (!prepare_memory()) {
+        machine_release();
         log_printf("Couldn't allocate the machine's memory.\n");
         return 0;
     }
-    build_colour_tables();
-
-    std::memset(eeprom_image, 0x00, EEPROM_SIZE);
-    std::memset(main_ram, 0xFF, MAIN_RAM_SIZE);
-    std::memset(cart_rom, 0xFF, CART_ROM_SIZE);
 
     if (!path_is_terminated(core_config.rom_path, "rom_path") ||
         !path_is_terminated(core_config.eeprom_path, "eeprom_path") ||

@@ -60,6 +60,17 @@ void memory_release() {
     release(frame_buffer);
 }
 
+void memory_clear() {
+    std::memset(gpu_ram, 0, GPU_RAM_SIZE);
+    std::memset(dsp_ram, 0, DSP_RAM_SIZE);
+    std::memset(boot_rom, 0, BOOT_ROM_SIZE);
+    std::memset(clut, 0, CLUT_SIZE);
+    std::memset(eeprom_image, 0, EEPROM_SIZE);
+    std::memset(audio_left, 0, AUDIO_BUFFER_SAMPLES * sizeof(int16_t));
+    std::memset(audio_right, 0, AUDIO_BUFFER_SAMPLES * sizeof(int16_t));
+    std::memset(frame_buffer, 0, FRAME_ROWS * FRAME_PITCH * sizeof(uint32_t));
+}
+
 void swap_bytes(uint8_t* buffer, int32_t length) {
     for (int32_t i = 0; i + 1 < length; i += 2) {
         uint16_t w;

@@ -38,10 +38,15 @@ extern int16_t* audio_left;
 extern int16_t* audio_right;
 extern uint32_t* frame_buffer;   // FRAME_ROWS x FRAME_PITCH cells
 
-// Allocates every buffer (vemo_init; false when the host is out of memory) and releases them,
-// nulling each pointer (vemo_shutdown).
+// Allocates every buffer zeroed (vemo_init; false when the host is out of memory) and releases
+// them, nulling each pointer (vemo_shutdown).
 bool memory_allocate();
 void memory_release();
+
+// Zeroes the allocated buffers a start does not fill on its own: all but main RAM and the
+// cartridge ROM (a start fills those with 0xFF) and the colour-addition tables (which never
+// change once built).
+void memory_clear();
 
 // Exchanges the two bytes of every 16-bit pair: big-endian image <-> word-swapped order.
 void swap_bytes(uint8_t* buffer, int32_t length);

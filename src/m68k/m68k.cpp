@@ -355,7 +355,12 @@ void m68k_check_interrupts() {
     if (taken) m68k_load_pc(pc);
 }
 
+// The table depends only on the generated data, so it is unpacked once per process; a restart
+// finds it ready.
 int m68k_init() {
+    static bool unpacked = false;
+    if (unpacked) return 0;
+    unpacked = true;
     uint32_t entry = 0;
     uint32_t word = 0;
     const uint16_t* packed = m68k_packed_dispatch;

@@ -344,10 +344,21 @@ void expect_first_start_machine(const char* how) {
     EXPECT_EQ(bus_read16(JOYBUTS), 0xFFFF);  // no controller row selected
     EXPECT_EQ(bus_read16(JOYSTICK) & 1, 1);  // the EEPROM idle
     EXPECT_EQ(bus_read16(0xDFFF0A), 0);      // the CD-ROM data word
+    // Memories hold their fills: RAM 0xFF past the reset vectors, the cartridge 0xFF past the
+    // image, local RAM and the CLUT zero.
+    EXPECT_EQ(bus_read32(0x100), 0xFFFFFFFFu);
+    EXPECT_EQ(bus_read32(0x1FFFF0), 0xFFFFFFFFu);
+    EXPECT_EQ(bus_read32(0x802002), 0xFFFFFFFFu);
+    EXPECT_EQ(bus_read32(0x803000), 0xFFFFFFFFu);
+    EXPECT_EQ(bus_read32(0xF03000), 0u);
+    EXPECT_EQ(bus_read32(0xF1B000), 0u);
+    EXPECT_EQ(bus_read16(0xF00400), 0);
     EXPECT_EQ(vemo_run_frame(), 1) << vemo_get_error_string();
     vemo_frame_info info;
     vemo_get_frame_info(&info);
     for (int i = 0; i < 512; ++i) ASSERT_EQ(info.row_timing[i], 0) << i;  // the display is off
+    for (uint32_t cell = 0; cell < FRAME_ROWS * FRAME_PITCH; ++cell)
+        ASSERT_EQ(info.frame_buffer[cell], 0u) << cell;  // no row drawn
     EXPECT_EQ(info.audio_rate, 0);
     EXPECT_EQ(info.audio_left_count, 0u);
     EXPECT_EQ(info.color_mode, 0);
@@ -356,10 +367,17 @@ void expect_first_start_machine(const char* how) {
     EXPECT_STREQ(vemo_get_error_string(), "");
 }
 
-// A machine that changed everything it could: audio rate, timers, controller latch, a pending
-// EEPROM read, the CD-ROM data word, a display that drew rows, and a message.
+// A machine that changed everything it could: a larger cartridge, audio rate, timers,
+// controller latch, a pending EEPROM read, the CD-ROM data word, every memory, a display that
+// drew rows, and a message.
 void dirty_the_machine(const vemo_config& config) {
     ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+    bus_write32(0x100, 0);
+    bus_write32(0x1FFFF0, 0);
+    bus_write32(0xF03000, 0x12345678);
+    bus_write32(0xF1B000, 0x12345678);
+    bus_write16(0xF00400, 0x1234);
+    bus_write16(BG, 0x8888);
     bus_write32(SCLK, 19);
     bus_write16(JPIT1, 5);
     bus_write16(JPIT2, 7);
@@ -378,9 +396,13 @@ void dirty_the_machine(const vemo_config& config) {
 // Starting a machine again, after a shut-down or without one, after a refused start or none at
 // all, gives the machine a first start gives; the controller slots keep the front-end's input.
 TEST_F(Host, ARestartGivesExactlyTheMachineAFirstStartGives) {
-    std::vector<uint8_t> idle(0x2000, 0);
-    idle.insert(idle.end(), {0x60, 0xFE});  // bra.s itself at 0x802000
+    std::vector<uint8_t> idle(0x2002, 0);
+    idle[0x2000] = 0x60;  // bra.s itself at 0x802000
+    idle[0x2001] = 0xFE;
     const auto config = make_config(write_file("idle.j64", idle));
+    std::vector<uint8_t> larger = idle;  // the same code, and more of the cartridge filled
+    larger.resize(0x4000, 0x11);
+    const auto dirty_config = make_config(write_file("larger.j64", larger));
     vemo_joypad pad{};
     pad.a = 1;  // row E would show it on JOYBUTS bit 1
     vemo_set_joypad_state(0, &pad);
@@ -394,7 +416,7 @@ TEST_F(Host, ARestartGivesExactlyTheMachineAFirstStartGives) {
          }},
     };
     for (const auto& c : cases) {
-        dirty_the_machine(config);
+        dirty_the_machine(dirty_config);
         c.between();
         ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
         expect_first_start_machine(c.how);

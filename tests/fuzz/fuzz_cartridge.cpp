@@ -1,4 +1,6 @@
 // Fuzz target: a cartridge (or program image) run for a few frames through the public interface.
+// Each input starts a machine over the one before without shutting it down, as a front-end's
+// reset does; the restart tests check that this gives exactly a first start's machine.
 // Input: byte 0 holds the switches (bit 0 audio, bit 1 timer ticks, bit 2 DSP always runs, bit 3
 // program mode, bits 4-7 pick the program's load address); the rest is the 68000 code, placed
 // at 0x802000 after a zero cartridge header, or in RAM at the load address.
@@ -10,7 +12,7 @@
 namespace {
 
 constexpr size_t MAX_CODE = 64 * 1024;
-constexpr int FRAMES = 3;
+constexpr int FRAMES = 2;
 // Load addresses a program mode input can pick: the vector area, the usual 0x4000, odd ones,
 // and ones at the end of RAM.
 constexpr int32_t LOAD_ADDRESSES[16] = {0x4000, 0, 2, 7, 0x100, 0x1000, 0x4001, 0x10000,
@@ -21,7 +23,8 @@ constexpr int32_t LOAD_ADDRESSES[16] = {0x4000, 0, 2, 7, 0x100, 0x1000, 0x4001, 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1 || size > MAX_CODE + 1) return 0;
     const uint8_t switches = data[0];
-    vemo_config config = fuzz::idle_cartridge_config();
+    static const vemo_config idle = fuzz::idle_cartridge_config();
+    vemo_config config = idle;
     if (switches & 8) {
         std::snprintf(config.rom_path, sizeof config.rom_path, "%s",
                       fuzz::write_scratch("program.bin", data + 1, size - 1).c_str());
@@ -29,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         config.load_address = LOAD_ADDRESSES[switches >> 4];
     } else {
         std::snprintf(config.rom_path, sizeof config.rom_path, "%s",
-                      fuzz::write_cartridge(data + 1, size - 1).c_str());
+                      fuzz::write_cartridge("cartridge.j64", data + 1, size - 1).c_str());
     }
     config.audio_enable = switches & 1;
     config.timer_ticks = (switches >> 1) & 1;
@@ -43,6 +46,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         vemo_frame_info info;
         vemo_get_frame_info(&info);
     }
-    vemo_shutdown();
     return 0;
 }

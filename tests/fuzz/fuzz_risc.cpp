@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <vector>
 
 #include "core/bus.h"
 #include "core/cdrom.h"
@@ -26,7 +25,6 @@
 namespace {
 
 constexpr size_t ACCESS = 6;
-std::vector<uint8_t> ram_at_start;
 
 void control_access(const uint8_t* a) {
     const uint32_t address = ((a[0] & 1) ? D_FLAGS : G_FLAGS) + (a[1] & 0x1C);
@@ -50,7 +48,7 @@ void load_local(uint8_t* ram, size_t capacity, const uint8_t* code, size_t size)
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     const vemo_config config = fuzz::idle_cartridge_config();
     if (!vemo_init(&config)) std::abort();
-    ram_at_start.assign(main_ram, main_ram + MAIN_RAM_SIZE);
+    fuzz::save_start_ram();
     return 0;
 }
 
@@ -59,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t switches = data[0];
     const size_t accesses = data[1];
     if (size < 2 + ACCESS * accesses) return 0;
-    std::memcpy(main_ram, ram_at_start.data(), MAIN_RAM_SIZE);
+    fuzz::restore_start_ram();
     video_reset();
     sound_reset();
     eeprom_reset();
