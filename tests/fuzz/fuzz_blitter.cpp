@@ -22,7 +22,7 @@ namespace {
 constexpr size_t BLOCK = BLITTER_LONGS * 4;
 constexpr uint32_t DATA = 0x10000;
 constexpr size_t MAX_DATA = 64 * 1024;
-constexpr uint64_t INPUT_PIXELS = 1 << 14;
+constexpr uint64_t INPUT_PIXELS = 1 << 12;
 
 uint32_t long_at(const uint8_t* p) { return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3]; }
 
