@@ -9,6 +9,7 @@
 // minutes.
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -17,7 +18,6 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -44,18 +44,30 @@ inline const std::filesystem::path& scratch_dir() {
     return dir;
 }
 
+// Writes `zeros` zero bytes (at most CARTRIDGE_HEADER) and then `data` to the file at `path`,
+// without a buffer of its own: the cartridge target writes a file for every input.
+inline void write_file(const std::string& path, size_t zeros, const uint8_t* data, size_t size) {
+    static const uint8_t zero[CARTRIDGE_HEADER] = {};
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (descriptor < 0 || zeros > sizeof zero || write(descriptor, zero, zeros) != static_cast<ssize_t>(zeros) ||
+        write(descriptor, data, size) != static_cast<ssize_t>(size))
+        std::abort();
+    close(descriptor);
+}
+
+inline std::string scratch_path(const char* name) { return (scratch_dir() / name).string(); }
+
 inline std::string write_scratch(const char* name, const uint8_t* data, size_t size) {
-    const auto path = scratch_dir() / name;
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
-    return path.string();
+    const std::string path = scratch_path(name);
+    write_file(path, 0, data, size);
+    return path;
 }
 
 // A cartridge whose 68000 code is `code` at 0x802000.
 inline std::string write_cartridge(const char* name, const uint8_t* code, size_t size) {
-    std::vector<uint8_t> image(CARTRIDGE_HEADER, 0);
-    image.insert(image.end(), code, code + size);
-    return write_scratch(name, image.data(), image.size());
+    const std::string path = scratch_path(name);
+    write_file(path, CARTRIDGE_HEADER, code, size);
+    return path;
 }
 
 // The machine the register and chip targets start once: a 68000 that waits in STOP with its
