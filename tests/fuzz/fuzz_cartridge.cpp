@@ -1,8 +1,8 @@
 // Fuzz target: a cartridge (or program image) started and run for a frame through the public
 // interface. A frame gives the 68000 about 60,000 instructions, time for a program to set up and
-// use every chip, and ends as every frame does. Each
-// input starts a machine over the one before without shutting it down, as a front-end's reset
-// does; the restart tests check that this gives exactly a first start's machine.
+// use every chip, and ends as every frame does. Each input starts a machine over the one before
+// without shutting it down, as a front-end's reset does; the restart tests check that this gives
+// exactly a first start's machine.
 // Input: byte 0 holds the switches (bit 0 audio, bit 1 timer ticks, bit 2 DSP always runs, bit 3
 // program mode, bits 4-7 pick the program's load address); the rest is the 68000 code, placed
 // at 0x802000 after a zero cartridge header, or in RAM at the load address.
