@@ -99,9 +99,11 @@ template <class Depth>
 bool run_fits(const blit_generator& g, uint32_t n, uint32_t& offset) {
     if (g.x_add != FIXED_ONE || g.y_add != 0 || g.xi() + n > 0x10000 || !Depth::side_by_side(g)) return false;
     uint64_t first = g.base + (static_cast<uint64_t>(g.yi()) * g.width + g.xi()) * Depth::bytes;
-    if (Depth::wraps) first &= g.wrap_mask;
+    // Only an area in RAM's first 2 MB wraps. (NO_WRAP as a mask would cut a 16-bit area's
+    // offset, which can pass 2^32, to 32 bits, and so below the region's start.)
+    if (Depth::wraps && g.wrap_mask != NO_WRAP) first &= g.wrap_mask;
     const uint64_t end = first + static_cast<uint64_t>(n) * Depth::bytes;
-    if (end > static_cast<uint64_t>(g.region.start) + g.region.size) return false;  // never below: base >= start
+    if (first < g.region.start || end > static_cast<uint64_t>(g.region.start) + g.region.size) return false;
     offset = static_cast<uint32_t>(first - g.region.start);
     return true;
 }

@@ -166,6 +166,15 @@ TEST_F(BlitterTest, PixelsOutsideTheirMemoryAreNeitherReadNorWritten) {
     run(PATDSEL);
     EXPECT_EQ(get32(0xF00400, 2), (std::vector<uint32_t>{0x99999999, 0x22222222}));
 
+    // 16-bit pixels whose offsets pass 2^32 in a memory that does not wrap: (37449 x 57344) x 2
+    // = 2^32 - 16384, which cut to 32 bits lies below the cartridge. Copied as a row, they read 0.
+    put32(DST, {0x01010101});
+    a1({0x800000, flags(BITS16, 63), 0, 37449});
+    a2({DST, flags(BITS16, W64)});
+    count(2, 1);
+    run(SRCEN | LFU_S | DSTA2);
+    EXPECT_EQ(get16(DST, 2), (std::vector<uint16_t>{0, 0}));
+
     // Reading beyond the cartridge's 6 MB image gives 0: a copy from its last long onwards.
     ws_write32(cart_rom, CART_ROM_SIZE - 4, 0x12345678);
     put32(DST, {1, 1, 1});
