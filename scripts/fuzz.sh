@@ -7,6 +7,8 @@
 # libFuzzer options. Each target starts from its seed corpus in tests/fuzz/corpus/<target> and
 # keeps what it finds in build-fuzz/corpus/<target>; an input that crashes, trips a sanitizer,
 # hangs or makes a frame too slow lands in build-fuzz/artifacts/<target>/ and fails the script.
+# Each target runs alone on its corpus, so it never rereads the folder for other processes'
+# finds (-reload=0): with tens of thousands of inputs there, that took a quarter of each run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh --fuzz
@@ -29,7 +31,7 @@ for target in "${targets[@]}"; do
   mkdir -p "$corpus" "$artifacts"
   echo "== $target: ${seconds} s"
   if ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-     "build-fuzz/bin/$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 \
+     "build-fuzz/bin/$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -reload=0 \
        -print_final_stats=1 -artifact_prefix="$artifacts/" "$@" \
        "$corpus" "tests/fuzz/corpus/$target" >"build-fuzz/$target.log" 2>&1; then
     grep -E "^stat::(number_of_executed_units|average_exec_per_sec)" "build-fuzz/$target.log" || true
