@@ -1,6 +1,7 @@
 // Fuzz target: every register window written and read with fuzzed values, then a frame run. The
-// machine starts once; each input begins from reset chips, cleared chip memories and a reset
-// 68000, so that it plays the same way whatever ran before it.
+// machine starts once; each input begins from reset chips, cleared chip memories, the RAM a
+// start leaves and a reset 68000, so that it plays the same way whatever ran before it (an
+// earlier input's writes to the reset vectors would otherwise start the 68000 anywhere).
 // Input: byte 0 holds the switches (bit 0 audio, bit 1 timer ticks); then accesses of 8 bytes:
 // a kind byte (bits 0-1 width 8/16/32, bit 2 read, bits 3-4 window: graphics chip, sound chip,
 // CD-ROM unit, anywhere), three address bytes and four value bytes, big-endian.
@@ -57,6 +58,7 @@ void access(const uint8_t* a) {
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     const vemo_config config = fuzz::idle_cartridge_config();
     if (!vemo_init(&config)) std::abort();
+    fuzz::save_start_ram();
     return 0;
 }
 
@@ -69,6 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::memset(gpu_ram, 0, GPU_RAM_SIZE);
     std::memset(dsp_ram, 0, DSP_RAM_SIZE);
     std::memset(clut, 0, CLUT_SIZE);
+    fuzz::restore_start_ram();
     m68k_reset();
     core_config.audio_enable = data[0] & 1;
     core_config.timer_ticks = (data[0] >> 1) & 1;
