@@ -72,9 +72,7 @@ inline std::string write_cartridge(const char* name, const uint8_t* code, size_t
 
 // The machine the register and chip targets start once: a 68000 that sleeps in STOP with its
 // interrupts masked, so an idle frame costs next to nothing and those targets stay on their
-// chips (with interrupts open, fuzzed registers sent the 68000 through RAM's random vectors,
-// the cartridge target's ground, at a sixth of the speed), and an EEPROM file in the scratch
-// directory.
+// chips (the cartridge target covers the 68000), and an EEPROM file in the scratch directory.
 inline vemo_config idle_cartridge_config() {
     static const uint8_t idle[] = {0x4E, 0x72, 0x27, 0x00, 0x60, 0xFA};  // stop #$2700; bra.s back
     vemo_config config{};
