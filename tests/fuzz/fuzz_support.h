@@ -19,7 +19,6 @@
 #include <ctime>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "core/memory.h"
 #include "vemocore.h"
@@ -56,12 +55,6 @@ inline void write_file(const std::string& path, size_t zeros, const uint8_t* dat
 }
 
 inline std::string scratch_path(const char* name) { return (scratch_dir() / name).string(); }
-
-inline std::string write_scratch(const char* name, const uint8_t* data, size_t size) {
-    const std::string path = scratch_path(name);
-    write_file(path, 0, data, size);
-    return path;
-}
 
 // A cartridge whose 68000 code is `code` at 0x802000.
 inline std::string write_cartridge(const char* name, const uint8_t* code, size_t size) {
