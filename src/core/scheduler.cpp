@@ -1,6 +1,7 @@
 // The frame scheduler.
 #include "core/scheduler.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "blitter/blitter.h"
@@ -81,32 +82,40 @@ void run_m68k_slice() {
 
 void scheduler_reset() { m68k_stop_reported = false; }
 
+void scheduler_begin_frame() {
+    if (core_config.audio_enable) place_frame_ticks();
+    sound_begin_frame();
+    blitter_begin_frame();
+    log_begin_frame();
+}
+
+bool scheduler_run_lines(int end) {
+    end = std::clamp(end, 0, LINES_PER_FRAME);
+    for (int line = 0; line < end; ++line) {
+        video.vc = static_cast<uint16_t>(line);
+        video.hc = 0;
+        for (int slice = 0; slice < SLICES_PER_LINE; ++slice) {
+            run_m68k_slice();
+            if (!gpu_execute(GPU_SLICE_CYCLES)) return false;
+            video.hc = static_cast<uint16_t>(HC_SLICE_STEP * slice);
+        }
+        if (core_config.audio_enable) {
+            if (const int n = scheduler_dsp_interrupt_for(scheduler_tick_marks[line])) dsp_interrupt(n);
+            if (!dsp_execute(DSP_LINE_CYCLES)) return false;
+        } else if (core_config.dsp_always_run) {
+            if (!dsp_execute(DSP_LINE_CYCLES)) return false;
+        }
+        if (line_is_displayed(line) && !op_process_line(line)) return false;
+        scheduler_end_line(static_cast<uint16_t>(line));
+    }
+    return true;
+}
+
 extern "C" VEMO_API int32_t vemo_run_frame(void) {
     if (!machine_started) {
         log_printf("vemo_run_frame: the machine is not initialised.\n");
         return 0;
     }
-    if (core_config.audio_enable) place_frame_ticks();
-    sound_begin_frame();
-    blitter_begin_frame();
-    log_begin_frame();
-
-    for (int line = 0; line < LINES_PER_FRAME; ++line) {
-        video.vc = static_cast<uint16_t>(line);
-        video.hc = 0;
-        for (int slice = 0; slice < SLICES_PER_LINE; ++slice) {
-            run_m68k_slice();
-            if (!gpu_execute(GPU_SLICE_CYCLES)) return 0;
-            video.hc = static_cast<uint16_t>(HC_SLICE_STEP * slice);
-        }
-        if (core_config.audio_enable) {
-            if (const int n = scheduler_dsp_interrupt_for(scheduler_tick_marks[line])) dsp_interrupt(n);
-            if (!dsp_execute(DSP_LINE_CYCLES)) return 0;
-        } else if (core_config.dsp_always_run) {
-            if (!dsp_execute(DSP_LINE_CYCLES)) return 0;
-        }
-        if (line_is_displayed(line) && !op_process_line(line)) return 0;
-        scheduler_end_line(static_cast<uint16_t>(line));
-    }
-    return 1;
+    scheduler_begin_frame();
+    return scheduler_run_lines(LINES_PER_FRAME) ? 1 : 0;
 }

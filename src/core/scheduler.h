@@ -1,7 +1,7 @@
 // The frame scheduler: one call of vemo_run_frame is 525 lines of fixed per-line budgets, the
 // only place where time advances.
 //
-// Offers: vemo_run_frame (vemocore.h), the tick placement that turns the sound chip's audio
+// Offers: vemo_run_frame (vemocore.h) and its two steps, the tick placement that turns the sound chip's audio
 // rate and timers into per-line DSP interrupt marks, and the end-of-line interrupt step.
 // Needs: the 68000 (m68k_execute, m68k_interrupt), the Object Processor (op_process_line), the
 // graphics-chip and sound-chip register files, the configuration (host.h), the GPU and the DSP
@@ -43,6 +43,14 @@ int scheduler_dsp_interrupt_for(uint8_t mark);
 // The end of a line: the video-line interrupt when `line` equals VI, then one line of the
 // video timer.
 void scheduler_end_line(uint16_t line);
+
+// A frame in two steps, as vemo_run_frame runs it: what happens once at its start (the DSP's
+// tick marks, the sound chip's and the Blitter's frame state, the log's frame count), then its
+// lines from 0 up to `end` (at most LINES_PER_FRAME). A harness may stop a frame early; the
+// next frame starts over at line 0. False when a processor or the Object Processor stopped the
+// frame (the failure is logged).
+void scheduler_begin_frame();
+bool scheduler_run_lines(int end);
 
 // Forgets what an earlier machine's frames reported (vemo_init).
 void scheduler_reset();
