@@ -1,7 +1,7 @@
 // Fuzz target: the Blitter's register block loaded with fuzzed values and a fuzzed command, the
 // blit run inside the write of B_CMD as a program's write runs it. The machine starts once; each
 // input begins from a cleared register block and the RAM a start leaves.
-// Each blit may touch INPUT_PIXELS pixels, as if the frame's pixel allowance were nearly used
+// Each blit may touch BLIT_PIXELS pixels, as if the frame's pixel allowance were nearly used
 // up: a blit is then as cheap as its paths are interesting, and the allowance's cut, in the
 // middle of a row, is taken often. What the whole allowance costs is measured by the unit tests.
 // Input: the 39 longs of the block from A1_BASE on (B_CMD's long is the command, written last),
@@ -22,7 +22,6 @@ namespace {
 constexpr size_t BLOCK = BLITTER_LONGS * 4;
 constexpr uint32_t DATA = 0x10000;
 constexpr size_t MAX_DATA = 64 * 1024;
-constexpr uint64_t INPUT_PIXELS = 1 << 12;
 
 uint32_t long_at(const uint8_t* p) { return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3]; }
 
@@ -44,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     swap_bytes(main_ram + DATA, static_cast<int32_t>((size - BLOCK) & ~size_t{1}));
     for (uint32_t a = BLITTER_BASE; a < BLITTER_END; a += 4)
         if (a != B_CMD) bus_write32(a, long_at(data + (a - BLITTER_BASE)));
-    blit_frame_pixels_left = INPUT_PIXELS;
+    blit_frame_pixels_left = fuzz::BLIT_PIXELS;
     fuzz::timed_frame([&] {
         bus_write32(B_CMD, long_at(data + (B_CMD - BLITTER_BASE)));
         return 1;

@@ -20,7 +20,9 @@
 #include <filesystem>
 #include <string>
 
+#include "blitter/blitter_internal.h"
 #include "core/memory.h"
+#include "core/scheduler.h"
 #include "vemocore.h"
 
 namespace fuzz {
@@ -89,6 +91,21 @@ inline void save_start_ram() {
 inline void restore_start_ram() {
     std::memset(main_ram, 0xFF, MAIN_RAM_SIZE);
     std::memcpy(main_ram, start_vectors, sizeof start_vectors);
+}
+
+// The pixels a fuzzed blit may touch, as if the frame's allowance were nearly used up.
+constexpr uint64_t BLIT_PIXELS = 1 << 12;
+
+// The lines the register and RISC targets run for most inputs: the first eighth of a frame.
+constexpr int SHORT_FRAME = LINES_PER_FRAME / 8;
+
+// The first `lines` lines of a frame, as vemo_run_frame runs them, but with BLIT_PIXELS for the
+// blits the processors start: 1 when they ran, 0 when a processor or the Object Processor
+// stopped them.
+inline int run_lines(int lines) {
+    scheduler_begin_frame();
+    blit_frame_pixels_left = BLIT_PIXELS;
+    return scheduler_run_lines(lines) ? 1 : 0;
 }
 
 inline double cpu_ms() {
