@@ -123,21 +123,34 @@ constexpr uint32_t FRAME_COUNT = 0x1000;
 
 // Starts the machine in program mode on `image` at `address`, the DSP running every line when
 // `dsp_every_line`; false (and the benchmark skipped) when it cannot start.
+// A program image in a temporary file and the configuration that loads it at `address`; the
+// file goes when this does.
+struct program_start {
+    std::filesystem::path file;
+    vemo_config config{};
+
+    program_start(const std::vector<uint8_t>& image, uint32_t address, bool dsp_every_line = false)
+        : file(std::filesystem::temp_directory_path() /
+               ("vemocore_machine_bench_" + std::to_string(getpid()) + ".bin")) {
+        std::ofstream(file, std::ios::binary)
+            .write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
+        std::snprintf(config.rom_path, sizeof config.rom_path, "%s", file.c_str());
+        config.load_program = 1;
+        config.load_address = static_cast<int32_t>(address);
+        config.dsp_always_run = dsp_every_line ? 1 : 0;
+    }
+    ~program_start() {
+        std::error_code ignored;
+        std::filesystem::remove(file, ignored);
+    }
+    program_start(const program_start&) = delete;
+    program_start& operator=(const program_start&) = delete;
+};
+
 bool start_machine(benchmark::State& state, const std::vector<uint8_t>& image, uint32_t address,
                    bool dsp_every_line = false) {
-    const std::filesystem::path dir =
-        std::filesystem::temp_directory_path() / ("vemocore_machine_bench_" + std::to_string(getpid()));
-    std::filesystem::create_directories(dir);
-    const std::filesystem::path file = dir / "program.bin";
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
-    vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", file.c_str());
-    config.load_program = 1;
-    config.load_address = static_cast<int32_t>(address);
-    config.dsp_always_run = dsp_every_line ? 1 : 0;
-    const bool started = vemo_init(&config) == 1;
-    std::filesystem::remove_all(dir);
+    const program_start program(image, address, dsp_every_line);
+    const bool started = vemo_init(&program.config) == 1;
     if (!started) {
         state.SkipWithError(vemo_get_error_string());
         vemo_shutdown();
@@ -313,17 +326,10 @@ BENCHMARK(BM_BusyFrame)->Unit(benchmark::kMicrosecond);
 // vemo_shutdown allocates and fills its memories afresh.
 
 void run_starts(benchmark::State& state, bool shut_down_first) {
-    const std::filesystem::path file =
-        std::filesystem::temp_directory_path() / ("vemocore_start_bench_" + std::to_string(getpid()) + ".bin");
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(SLEEPING.data()), static_cast<std::streamsize>(SLEEPING.size()));
-    vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", file.c_str());
-    config.load_program = 1;
-    config.load_address = 0x4000;
+    const program_start program(SLEEPING, 0x4000);
     for (auto _ : state) {
         if (shut_down_first) vemo_shutdown();
-        if (vemo_init(&config) != 1) {
+        if (vemo_init(&program.config) != 1) {
             state.SkipWithError(vemo_get_error_string());
             break;
         }
@@ -331,7 +337,6 @@ void run_starts(benchmark::State& state, bool shut_down_first) {
     state.counters["starts_per_s"] = benchmark::Counter(static_cast<double>(state.iterations()),
                                                         benchmark::Counter::kIsRate);
     vemo_shutdown();
-    std::filesystem::remove(file);
 }
 
 void BM_RestartRunningMachine(benchmark::State& state) { run_starts(state, false); }
