@@ -27,12 +27,7 @@ uint32_t long_at(const uint8_t* p) { return uint32_t(p[0]) << 24 | uint32_t(p[1]
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    const vemo_config config = fuzz::idle_cartridge_config();
-    if (!vemo_init(&config)) std::abort();
-    fuzz::save_start_ram();
-    return 0;
-}
+extern "C" int LLVMFuzzerInitialize(int*, char***) { return fuzz::start_idle_machine(); }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < BLOCK || size > BLOCK + MAX_DATA) return 0;

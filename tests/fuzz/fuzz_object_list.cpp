@@ -32,8 +32,7 @@ int draw_frame() {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    const vemo_config config = fuzz::idle_cartridge_config();
-    if (!vemo_init(&config)) std::abort();
+    fuzz::start_idle_machine();
     for (int k = 0; k < 256; ++k) bus_write16(0xF00400 + 2 * k, static_cast<uint16_t>(k * 0x0101));
     return 0;
 }

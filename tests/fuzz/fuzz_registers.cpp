@@ -61,12 +61,7 @@ void access(const uint8_t* a) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    const vemo_config config = fuzz::idle_cartridge_config();
-    if (!vemo_init(&config)) std::abort();
-    fuzz::save_start_ram();
-    return 0;
-}
+extern "C" int LLVMFuzzerInitialize(int*, char***) { return fuzz::start_idle_machine(); }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1 || size > 1 + ACCESS * MAX_ACCESSES) return 0;

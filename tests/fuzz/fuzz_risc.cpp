@@ -52,12 +52,7 @@ void load_local(uint8_t* ram, size_t capacity, const uint8_t* code, size_t size)
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    const vemo_config config = fuzz::idle_cartridge_config();
-    if (!vemo_init(&config)) std::abort();
-    fuzz::save_start_ram();
-    return 0;
-}
+extern "C" int LLVMFuzzerInitialize(int*, char***) { return fuzz::start_idle_machine(); }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) return 0;

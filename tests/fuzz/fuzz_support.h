@@ -108,6 +108,15 @@ inline int run_lines(int lines) {
     return scheduler_run_lines(lines) ? 1 : 0;
 }
 
+// Starts the idle machine once per process and keeps the RAM its start leaves; 0, as
+// LLVMFuzzerInitialize returns.
+inline int start_idle_machine() {
+    const vemo_config config = idle_cartridge_config();
+    if (!vemo_init(&config)) std::abort();
+    save_start_ram();
+    return 0;
+}
+
 inline double cpu_ms() {
     timespec t;
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
