@@ -1,28 +1,19 @@
 // Fuzz target: every register window written and read with fuzzed values, then a frame run. The
-// machine starts once; each input begins from reset chips, cleared chip memories, the RAM a
-// start leaves and a reset 68000, so that it plays the same way whatever ran before it (an
-// earlier input's writes to the reset vectors would otherwise start the 68000 anywhere).
+// machine starts once; each input begins from the machine as a start leaves it
+// (fuzz::reset_machine), so that it plays the same way whatever ran before it.
 // Most inputs run the first eighth of a frame: what a register write does mostly shows at once,
 // and a frame's fixed cost would otherwise take most of the fuzzer's time. An input with bits
 // 2-4 of its switches set runs the whole frame, for the Object Processor's lines further down.
 // A blit, whether the accesses or a processor start it, may touch BLIT_PIXELS pixels.
 // Input: byte 0 holds the switches (bit 0 audio, bit 1 timer ticks, bits 2-4 the whole frame);
-// then accesses of 8 bytes:
-// a kind byte (bits 0-1 width 8/16/32, bit 2 read, bits 3-4 window: graphics chip, sound chip,
+// then accesses of 8 bytes: a kind byte (bits 0-1 width 8/16/32, bit 2 read, bits 3-4 window: graphics chip, sound chip,
 // CD-ROM unit, anywhere), three address bytes and four value bytes, big-endian.
 #include <cstdint>
-#include <cstring>
 
 #include "core/bus.h"
-#include "core/cdrom.h"
-#include "core/eeprom.h"
 #include "core/host.h"
-#include "core/memory.h"
 #include "core/scheduler.h"
-#include "core/sound.h"
-#include "core/video.h"
 #include "fuzz_support.h"
-#include "m68k/m68k.h"
 
 namespace {
 
@@ -65,19 +56,12 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) { return fuzz::start_idle_mac
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1 || size > 1 + ACCESS * MAX_ACCESSES) return 0;
-    video_reset();
-    sound_reset();
-    eeprom_reset();
-    cdrom_reset();
-    std::memset(gpu_ram, 0, GPU_RAM_SIZE);
-    std::memset(dsp_ram, 0, DSP_RAM_SIZE);
-    std::memset(clut, 0, CLUT_SIZE);
-    fuzz::restore_start_ram();
-    m68k_reset();
+    fuzz::reset_machine();
     core_config.audio_enable = data[0] & 1;
     core_config.timer_ticks = (data[0] >> 1) & 1;
     blit_frame_pixels_left = fuzz::BLIT_PIXELS;
     for (size_t at = 1; at + ACCESS <= size; at += ACCESS) access(data + at);
-    fuzz::timed_frame([&] { return fuzz::run_lines(((data[0] >> 2) & 7) == 7 ? LINES_PER_FRAME : fuzz::SHORT_FRAME); });
+    const int lines = ((data[0] >> 2) & 7) == 7 ? LINES_PER_FRAME : fuzz::SHORT_FRAME;
+    fuzz::timed_frame([&] { return fuzz::run_lines(lines); });
     return 0;
 }

@@ -1,7 +1,7 @@
 // Fuzz target: the GPU's and the DSP's control blocks written and read with fuzzed values, their
 // local RAM holding fuzzed programs, then a frame's first lines run with both processors. The
-// machine starts once; each input begins from freshly started processors, cleared local RAM and
-// the RAM a start leaves, so that it plays the same way whatever ran before it.
+// machine starts once; each input begins from the machine as a start leaves it
+// (fuzz::reset_machine), so that it plays the same way whatever ran before it.
 // Most inputs run the first eighth of a frame (about 54,000 cycles of each processor), which
 // leaves the fuzzer's time to new programs rather than to old ones that loop all frame long;
 // an input with bits 5-7 of its switches set runs the whole frame, for the timer and audio
@@ -17,15 +17,10 @@
 #include <cstring>
 
 #include "core/bus.h"
-#include "core/cdrom.h"
-#include "core/eeprom.h"
 #include "core/host.h"
 #include "core/memory.h"
 #include "core/scheduler.h"
-#include "core/sound.h"
-#include "core/video.h"
 #include "fuzz_support.h"
-#include "m68k/m68k.h"
 #include "risc/dsp.h"
 #include "risc/gpu.h"
 
@@ -59,14 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t switches = data[0];
     const size_t accesses = data[1];
     if (size < 2 + ACCESS * accesses) return 0;
-    fuzz::restore_start_ram();
-    video_reset();
-    sound_reset();
-    eeprom_reset();
-    cdrom_reset();
-    gpu_init();
-    dsp_init();
-    m68k_reset();
+    fuzz::reset_machine();
     core_config.audio_enable = switches & 1;
     core_config.timer_ticks = (switches >> 1) & 1;
     core_config.dsp_always_run = (switches >> 2) & 1;
@@ -84,6 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         bus_write32(D_PC, DSP_RAM_BASE);
         bus_write32(D_CTRL, 1);
     }
-    fuzz::timed_frame([&] { return fuzz::run_lines((switches >> 5) == 7 ? LINES_PER_FRAME : fuzz::SHORT_FRAME); });
+    const int lines = (switches >> 5) == 7 ? LINES_PER_FRAME : fuzz::SHORT_FRAME;
+    fuzz::timed_frame([&] { return fuzz::run_lines(lines); });
     return 0;
 }

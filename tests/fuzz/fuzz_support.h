@@ -20,9 +20,18 @@
 #include <filesystem>
 #include <string>
 
+#include "blitter/blitter.h"
 #include "blitter/blitter_internal.h"
+#include "core/cdrom.h"
+#include "core/eeprom.h"
 #include "core/memory.h"
 #include "core/scheduler.h"
+#include "core/sound.h"
+#include "core/video.h"
+#include "m68k/m68k.h"
+#include "objproc/objproc.h"
+#include "risc/dsp.h"
+#include "risc/gpu.h"
 #include "vemocore.h"
 
 namespace fuzz {
@@ -115,6 +124,26 @@ inline int start_idle_machine() {
     if (!vemo_init(&config)) std::abort();
     save_start_ram();
     return 0;
+}
+
+// The chip targets' machine put back as a start leaves it, but for the images it loaded: the
+// chips' registers, the GPU, the DSP and the Blitter reset, local RAM and the CLUT cleared, RAM
+// refilled and the 68000 reset, so that an input plays the same way whatever ran before it
+// (a GPU an earlier input started would otherwise still run, with that input's registers).
+inline void reset_machine() {
+    video_reset();
+    sound_reset();
+    eeprom_reset();
+    cdrom_reset();
+    op_reset_line_width();
+    blitter_reset();
+    gpu_init();
+    dsp_init();
+    std::memset(gpu_ram, 0, GPU_RAM_SIZE);
+    std::memset(dsp_ram, 0, DSP_RAM_SIZE);
+    std::memset(clut, 0, CLUT_SIZE);
+    restore_start_ram();
+    m68k_reset();
 }
 
 inline double cpu_ms() {
