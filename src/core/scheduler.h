@@ -1,8 +1,9 @@
 // The frame scheduler: one call of vemo_run_frame is 525 lines of fixed per-line budgets, the
 // only place where time advances.
 //
-// Offers: vemo_run_frame (vemocore.h) and its two steps, the tick placement that turns the sound chip's audio
-// rate and timers into per-line DSP interrupt marks, and the end-of-line interrupt step.
+// Offers: vemo_run_frame (vemocore.h) and its two steps, the tick placement that turns the
+// sound chip's audio rate and timers into per-line DSP interrupt marks, and the end-of-line
+// interrupt step.
 // Needs: the 68000 (m68k_execute, m68k_interrupt), the Object Processor (op_process_line), the
 // graphics-chip and sound-chip register files, the configuration (host.h), the GPU and the DSP
 // (their slices and the DSP's tick interrupts).

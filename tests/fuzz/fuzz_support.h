@@ -1,5 +1,7 @@
 // What the fuzz targets share: a scratch directory of the process's own (in memory when the
-// host has one), the idle cartridge their machines start with, and the frame-time limit.
+// host has one), the idle cartridge the chip targets' machine starts with and the reset that
+// puts it back between inputs, a frame cut to its first lines with a small blit allowance, and
+// the frame-time limit.
 //
 // A frame, however hostile its input, must take less than FRAME_CPU_LIMIT_MS of CPU time in this
 // instrumented build, which runs the core ten to twenty times slower than a Release build; a
