@@ -1,4 +1,5 @@
-// Where the frame puts its events: DSP tick marks per line, the video-line interrupt.
+// Where the frame puts its events: DSP tick marks per line, the video-line interrupt, and the
+// lines a part of a frame runs.
 #include "chip_test_support.h"
 
 namespace {
@@ -40,6 +41,36 @@ TEST_F(LineEnd, VideoLineInterruptOnLineViAndVideoTimerFiringLines) {
     EXPECT_EQ(line_irq, std::vector<int>{100});
     ASSERT_EQ(timer_irq.size(), 16u);
     for (int n = 0; n < 16; ++n) EXPECT_EQ(timer_irq[n], 31 + 32 * n);
+}
+
+// A harness may run only a frame's first lines: they run from line 0 up to the end asked for,
+// which is held inside the frame (more than 525 runs the whole frame, less than 0 none).
+TEST(PartOfAFrame, RunsItsLinesFromZeroUpToTheEndHeldInsideTheFrame) {
+    const auto dir = test_dir();
+    const std::string program = write_file(dir / "idle.bin", std::vector<uint8_t>{0x60, 0xFE});  // bra.s *
+    vemo_config config{};
+    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", program.c_str());
+    std::snprintf(config.eeprom_path, sizeof config.eeprom_path, "%s", (dir / "none.eeprom").c_str());
+    config.load_program = 1;
+    config.load_address = 0x4000;
+    ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
+    gpu_write16(INT1, 1u << IRQ_VIDEO_LINE);
+    video.vi = 100;
+    const auto run = [](int end) {
+        gpu_write16(INT1, 0x0100 | (1u << IRQ_VIDEO_LINE));  // acknowledge, keep enabled
+        scheduler_begin_frame();
+        EXPECT_TRUE(scheduler_run_lines(end)) << end;
+        return (video.int1_pending & (1u << IRQ_VIDEO_LINE)) != 0;
+    };
+    EXPECT_FALSE(run(100));
+    EXPECT_EQ(video.vc, 99);
+    EXPECT_TRUE(run(101));
+    EXPECT_TRUE(run(100000));
+    EXPECT_EQ(video.vc, LINES_PER_FRAME - 1);
+    video.vc = 7;
+    EXPECT_FALSE(run(-3));
+    EXPECT_EQ(video.vc, 7);
+    vemo_shutdown();
 }
 
 }  // namespace
