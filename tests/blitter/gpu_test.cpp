@@ -4,6 +4,7 @@
 
 #include "blitter_fixture.h"
 #include "risc/gpu.h"
+#include "support/program_config.h"
 
 namespace {
 
@@ -41,10 +42,7 @@ TEST_F(BlitterTest, EveryCommandInterruptsTheGpu) {
 // Gouraud spans and counts the interrupts that end them.
 TEST(BlitterFromGpu, GpuProgramShadesSpansAndCountsTheirInterrupts) {
     constexpr uint32_t SCREEN = 0x20000, RESULTS = 0x1000;
-    vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s/blitter_gpu_spans.bin", VEMO_PROGRAM_DIR);
-    config.load_program = 1;
-    config.load_address = 0x4000;
+    const vemo_config config = test_support::program_config(VEMO_PROGRAM_DIR "/blitter_gpu_spans.bin");
     ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
     ASSERT_EQ(vemo_run_frame(), 1) << vemo_get_error_string();
     EXPECT_EQ(bus_read32(RESULTS), 16u);     // blits ended, as the service counted them

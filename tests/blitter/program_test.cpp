@@ -8,6 +8,7 @@
 #include "core/bus.h"
 #include "core/host.h"
 #include "core/memory.h"
+#include "support/program_config.h"
 #include "vemocore.h"
 
 namespace {
@@ -17,10 +18,7 @@ constexpr uint32_t SCREEN = 0x20000, FRAMES = 0x1000;
 class BlitterProgram : public ::testing::Test {
 protected:
     void SetUp() override {
-        vemo_config config{};
-        std::snprintf(config.rom_path, sizeof config.rom_path, "%s/blitter_rectangles.bin", VEMO_PROGRAM_DIR);
-        config.load_program = 1;
-        config.load_address = 0x4000;
+        const vemo_config config = test_support::program_config(VEMO_PROGRAM_DIR "/blitter_rectangles.bin");
         ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
         log_text[0] = 0;  // what earlier machines said
     }

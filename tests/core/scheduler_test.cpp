@@ -1,6 +1,7 @@
 // Where the frame puts its events: DSP tick marks per line, the video-line interrupt, and the
 // lines a part of a frame runs.
 #include "chip_test_support.h"
+#include "support/program_config.h"
 
 namespace {
 
@@ -48,11 +49,7 @@ TEST_F(LineEnd, VideoLineInterruptOnLineViAndVideoTimerFiringLines) {
 TEST(PartOfAFrame, RunsItsLinesFromZeroUpToTheEndHeldInsideTheFrame) {
     const auto dir = test_dir();
     const std::string program = write_file(dir / "idle.bin", std::vector<uint8_t>{0x60, 0xFE});  // bra.s *
-    vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", program.c_str());
-    std::snprintf(config.eeprom_path, sizeof config.eeprom_path, "%s", (dir / "none.eeprom").c_str());
-    config.load_program = 1;
-    config.load_address = 0x4000;
+    const vemo_config config = test_support::program_config(program);
     ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
     gpu_write16(INT1, 1u << IRQ_VIDEO_LINE);
     video.vi = 100;

@@ -5,6 +5,7 @@
 #include "core/bus.h"
 #include "core/memory.h"
 #include "m68k/m68k.h"
+#include "support/program_config.h"
 #include "support/temp_files.h"
 #include "vemocore.h"
 
@@ -17,12 +18,9 @@ constexpr uint32_t DONE = LOAD + 0x1F0;
 class Program : public ::testing::Test {
 protected:
     void SetUp() override {
-        vemo_config c{};
-        std::snprintf(c.rom_path, sizeof c.rom_path, "%s", VEMO_PROGRAM_DIR "/m68k_workout.bin");
+        vemo_config c = test_support::program_config(VEMO_PROGRAM_DIR "/m68k_workout.bin", LOAD);
         std::snprintf(c.eeprom_path, sizeof c.eeprom_path, "%s",
                       (test_support::scratch_dir() / "none.eeprom").c_str());
-        c.load_program = 1;
-        c.load_address = LOAD;
         ASSERT_EQ(vemo_init(&c), 1) << vemo_get_error_string();
     }
     void TearDown() override { vemo_shutdown(); }

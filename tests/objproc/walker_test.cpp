@@ -2,6 +2,7 @@
 // and the start-up that prepares it all.
 #include "objproc/renderers.h"
 #include "op_fixture.h"
+#include "support/program_config.h"
 #include "support/temp_files.h"
 #include "vemocore.h"
 
@@ -161,11 +162,7 @@ TEST_F(ObjectProcessorTest, ObjectsWithoutARendererAreSkippedAndTheWalkGoesOn) {
 
 // Start-up fills the colour-addition and scale tables; shut-down forgets the row it pointed into.
 TEST(ObjectProcessorStartup, InitBuildsTheTablesAndShutdownDropsTheRowPointer) {
-    vemo_config config{};
-    const std::string program = test_support::write_file("op_program.bin", {0x4E, 0x71});
-    std::strncpy(config.rom_path, program.c_str(), sizeof config.rom_path - 1);
-    config.load_program = 1;
-    config.load_address = 0x4000;
+    const vemo_config config = test_support::program_config(test_support::write_file("op_program.bin", {0x4E, 0x71}));
     std::fill(std::begin(op_scale_table), std::end(op_scale_table), 0.0f);  // as in a fresh process
     ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
     EXPECT_EQ(cry_add(0x1280, 0x1101), 0x2381);

@@ -5,6 +5,7 @@
 
 #include "risc/risc_trace.h"
 #include "risc_test_support.h"
+#include "support/program_config.h"
 #include "support/temp_files.h"
 
 namespace {
@@ -30,11 +31,8 @@ const std::vector<uint8_t> host_program = {
 class Machine : public testing::Test {
 protected:
     void start(bool audio, bool dsp_always_run = false) {
-        vemo_config config{};
-        const std::string path = test_support::write_file("risc_host.bin", host_program);
-        std::snprintf(config.rom_path, sizeof config.rom_path, "%s", path.c_str());
-        config.load_program = 1;
-        config.load_address = PROGRAM_ADDRESS;
+        vemo_config config =
+            test_support::program_config(test_support::write_file("risc_host.bin", host_program), PROGRAM_ADDRESS);
         config.audio_enable = audio;
         config.dsp_always_run = dsp_always_run;
         ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/bus.h"
+#include "support/program_config.h"
 #include "support/temp_files.h"
 #include "vemocore.h"
 
@@ -15,12 +16,9 @@ protected:
     static constexpr uint32_t RESULTS = 0x1000;  // where the programs write, as machine.inc says
 
     void start(const std::string& program, bool audio = false) {
-        vemo_config config{};
-        std::snprintf(config.rom_path, sizeof config.rom_path, "%s/risc_%s.bin", VEMO_PROGRAM_DIR, program.c_str());
+        vemo_config config = test_support::program_config(VEMO_PROGRAM_DIR "/risc_" + program + ".bin");
         std::snprintf(config.eeprom_path, sizeof config.eeprom_path, "%s",
                       (test_support::scratch_dir() / "none.eeprom").c_str());
-        config.load_program = 1;
-        config.load_address = 0x4000;
         config.audio_enable = audio;
         ASSERT_EQ(vemo_init(&config), 1) << vemo_get_error_string();
     }

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "summary.h"
+#include "support/program_config.h"
 #include "support/temp_files.h"
 #include "vemo_run_fixture.h"
 #include "vemocore.h"
@@ -30,11 +31,8 @@ TEST_F(VemoRun, EveryFailureEndsTheRunWithItsMessageAndStatus) {
     // A core that does not start is reported in its own words: ask it directly what it says
     // about a save file longer than the EEPROM.
     const fs::path long_save = write_file((dir / "long.eep").string(), std::vector<uint8_t>(300, 1));
-    vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", (program_dir + "/test_pattern.bin").c_str());
+    vemo_config config = test_support::program_config(program_dir + "/test_pattern.bin");
     std::snprintf(config.eeprom_path, sizeof config.eeprom_path, "%s", long_save.c_str());
-    config.load_program = 1;
-    config.load_address = 0x4000;
     ASSERT_EQ(vemo_init(&config), 0);
     const std::string core_message = vemo_get_error_string();
     vemo_shutdown();

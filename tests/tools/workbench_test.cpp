@@ -12,6 +12,7 @@
 #include <sstream>
 #include <vector>
 
+#include "support/program_config.h"
 #include "vemo_run_fixture.h"
 #include "vemocore.h"
 
@@ -118,10 +119,7 @@ TEST_F(Workbench, ScriptMistakesAndBadSwitchesStopTheRunBeforeItStarts) {
 
 // A program's sound as the core reports it frame by frame, from the library itself.
 std::vector<short> samples_of_first_frames(const std::string& program, int frames, bool audio = false) {
-    vemo_config config{};
-    std::snprintf(config.rom_path, sizeof config.rom_path, "%s", (program_dir + "/" + program).c_str());
-    config.load_program = 1;
-    config.load_address = 0x4000;
+    vemo_config config = test_support::program_config(program_dir + "/" + program);
     config.audio_enable = audio;
     std::vector<short> pairs;
     EXPECT_EQ(vemo_init(&config), 1);
