@@ -1,6 +1,6 @@
 // Fuzz target: the Blitter's register block loaded with fuzzed values and a fuzzed command, the
 // blit run inside the write of B_CMD as a program's write runs it. The machine starts once; each
-// input begins from a cleared register block and the RAM a start leaves.
+// input begins from the machine as a start leaves it (fuzz::reset_machine).
 // Each blit may touch BLIT_PIXELS pixels, as if the frame's pixel allowance were nearly used
 // up: a blit is then as cheap as its paths are interesting, and the allowance's cut, in the
 // middle of a row, is taken often. What the whole allowance costs is measured by the unit tests.
@@ -11,11 +11,9 @@
 #include <cstring>
 
 #include "blitter/blitter.h"
-#include "blitter/blitter_internal.h"
 #include "core/bus.h"
 #include "core/memory.h"
 #include "fuzz_support.h"
-#include "risc/gpu.h"
 
 namespace {
 
@@ -31,14 +29,11 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) { return fuzz::start_idle_mac
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < BLOCK || size > BLOCK + MAX_DATA) return 0;
-    fuzz::restore_start_ram();
-    blitter_reset();
-    gpu_init();
+    fuzz::reset_machine();
     std::memcpy(main_ram + DATA, data + BLOCK, size - BLOCK);
     swap_bytes(main_ram + DATA, static_cast<int32_t>((size - BLOCK) & ~size_t{1}));
     for (uint32_t a = BLITTER_BASE; a < BLITTER_END; a += 4)
         if (a != B_CMD) bus_write32(a, long_at(data + (a - BLITTER_BASE)));
-    blit_frame_pixels_left = fuzz::BLIT_PIXELS;
     fuzz::timed_frame([&] {
         bus_write32(B_CMD, long_at(data + (B_CMD - BLITTER_BASE)));
         return 1;

@@ -6,8 +6,9 @@
 // 2-4 of its switches set runs the whole frame, for the Object Processor's lines further down.
 // A blit, whether the accesses or a processor start it, may touch BLIT_PIXELS pixels.
 // Input: byte 0 holds the switches (bit 0 audio, bit 1 timer ticks, bits 2-4 the whole frame);
-// then accesses of 8 bytes: a kind byte (bits 0-1 width 8/16/32, bit 2 read, bits 3-4 window: graphics chip, sound chip,
-// CD-ROM unit, anywhere), three address bytes and four value bytes, big-endian.
+// then accesses of 8 bytes: a kind byte (bits 0-1 width 8/16/32, bit 2 read, bits 3-4 window:
+// graphics chip, sound chip, CD-ROM unit, anywhere), three address bytes and four value bytes,
+// big-endian.
 #include <cstdint>
 
 #include "core/bus.h"
@@ -59,7 +60,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::reset_machine();
     core_config.audio_enable = data[0] & 1;
     core_config.timer_ticks = (data[0] >> 1) & 1;
-    blit_frame_pixels_left = fuzz::BLIT_PIXELS;
     for (size_t at = 1; at + ACCESS <= size; at += ACCESS) access(data + at);
     const int lines = ((data[0] >> 2) & 7) == 7 ? LINES_PER_FRAME : fuzz::SHORT_FRAME;
     fuzz::timed_frame([&] { return fuzz::run_lines(lines); });

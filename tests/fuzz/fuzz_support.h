@@ -132,6 +132,7 @@ inline int start_idle_machine() {
 // chips' registers, the GPU, the DSP and the Blitter reset, local RAM and the CLUT cleared, RAM
 // refilled and the 68000 reset, so that an input plays the same way whatever ran before it
 // (a GPU an earlier input started would otherwise still run, with that input's registers).
+// Blits the input starts before its frame may touch BLIT_PIXELS pixels.
 inline void reset_machine() {
     video_reset();
     sound_reset();
@@ -146,6 +147,7 @@ inline void reset_machine() {
     std::memset(clut, 0, CLUT_SIZE);
     restore_start_ram();
     m68k_reset();
+    blit_frame_pixels_left = BLIT_PIXELS;
 }
 
 inline double cpu_ms() {
